@@ -1,0 +1,129 @@
+#include "ComposanteGGL.h"
+
+#include "Any.h"
+#include "HTTPService.h"
+#include "InformationDLL.h"
+#include "ImageService.h"
+#include "JSONService.h"
+#include "LibShop.h"
+#include "ModuleInfo.h"
+#include "ObjectInterfaces.h"
+#include "Ref.h"
+#include "VM.h"
+#include "XErrorModule60.h"
+#include "XMLService.h"
+
+#include <cstring>
+
+IGestionnaireXML* CComposanteGGL::ms_piGestionXML = nullptr;
+IContenuJSON* CComposanteGGL::ms_piContenuJSON = nullptr;
+
+namespace {
+
+// Version figures the requests were built for; the host's registry may hold them to its own.
+enum eCOMPOSANTEHOTE : int {
+    COMPOSANTE_HTTP = 105,
+    COMPOSANTE_JSON = 563,
+    COMPOSANTE_XML = 10,
+    COMPOSANTE_IMAGE = 1,
+};
+
+// Every service is a counted interface derived from the root alone.
+template <class I> I* piService(IInterfaceObjetBase* pi) { return static_cast<I*>(pi); }
+
+// The shared services are fetched at first use and kept; a failed fetch is retried next time.
+IGestionnaireXML* piGestionXML(CXError* pclErreur) {
+    if (!CComposanteGGL::ms_piGestionXML && CInformationDLL::ms_piLibShop) {
+        CComposanteGGL::ms_piGestionXML = piService<IGestionnaireXML>(
+            CInformationDLL::ms_piLibShop->piGetInterfaceCompat(COMPOSANTE_XML, 4, 10, 1,
+                                                                L"GestionnaireXML",
+                                                                knLibrairieGGL, pclErreur));
+    }
+    return CComposanteGGL::ms_piGestionXML;
+}
+
+IContenuJSON* piContenuJSON(CXError* pclErreur) {
+    if (!CComposanteGGL::ms_piContenuJSON && CInformationDLL::ms_piLibShop) {
+        CComposanteGGL::ms_piContenuJSON = piService<IContenuJSON>(
+            CInformationDLL::ms_piLibShop->piGetInterface(COMPOSANTE_JSON, 4, L"ContenuJSON",
+                                                          pclErreur));
+    }
+    return CComposanteGGL::ms_piContenuJSON;
+}
+
+template <class I> void Libere(I*& pi) {
+    if (pi) pi->vRelease();
+    pi = nullptr;
+}
+
+} // namespace
+
+CComposanteGGL::~CComposanteGGL() { Libere(m_piHTTP); }
+
+int CComposanteGGL::bFinInit() {
+    m_piHTTP = s_piQueryIHTTP(pclGetError());
+    return pclGetError()->bEstPropre();
+}
+
+void CComposanteGGL::TermCompo() {
+    Libere(m_piHTTP);
+    Libere(ms_piGestionXML);
+    Libere(ms_piContenuJSON);
+}
+
+IHTTP* CComposanteGGL::s_piQueryIHTTP(CXError* pclErreur) {
+    IHTTP* piHTTP = nullptr;
+    if (CInformationDLL::ms_piLibShop) {
+        piHTTP = piService<IHTTP>(CInformationDLL::ms_piLibShop->piGetInterfaceCompat(
+            COMPOSANTE_HTTP, 10, 4, 1, L"HTTP", knLibrairieGGL, pclErreur));
+    }
+    // A host too old for HTTP: the component cannot work.
+    if (!piHTTP && pclErreur && pclErreur->bEstPropre())
+        pclErreur->SetUserError(&gstMyModuleInfo60, 600033);
+    return piHTTP;
+}
+
+IElementJSON* CComposanteGGL::s_piGetJSON(const char* pszTexte, CXError* pclErreur) {
+    IContenuJSON* piJSON = piContenuJSON(pclErreur);
+    if (!piJSON) return nullptr;
+    return piJSON->vpiAnalyse(pszTexte ? pszTexte : "", pszTexte ? std::strlen(pszTexte) : 0,
+                              pclErreur);
+}
+
+IMainIMG* CComposanteGGL::s_piGetIMainIMG() {
+    if (!CInformationDLL::ms_piLibShop) return nullptr;
+    _CXErrorModule60 clErreur; // the cause is of no use to the caller
+    IMainIMG* pi = piService<IMainIMG>(CInformationDLL::ms_piLibShop->piGetInterfaceCompat(
+        COMPOSANTE_IMAGE, 25, 2, 1, L"MainIMG", knLibrairieGGL, &clErreur));
+    return pi;
+}
+
+IDocumentXML* CComposanteGGL::s_piGetXMLDoc(const wchar_t* pszTexte) {
+    _CXErrorModule60 clErreur;
+    IGestionnaireXML* piXML = piGestionXML(&clErreur);
+    if (!piXML) return nullptr;
+    if (!pszTexte || !*pszTexte) return piXML->vpiCreeDocument(&clErreur);
+    CAny clTexte;
+    clTexte.__nSetString(pszTexte);
+    return piXML->vpiAnalyse(clTexte, &clErreur);
+}
+
+IDocumentXML* piGetXMLDoc(const wchar_t* pszTexte) { return CComposanteGGL::s_piGetXMLDoc(pszTexte); }
+
+IKLTableau* CComposanteGGL::s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErreur,
+                                                     ITypeDescription* piType) {
+    if (!piVM) return nullptr;
+    // Arrays of objects when a class is given, else of texts.
+    CRef<IKLTableau> clTableau =
+        CRef<IKLTableau>::Adopt(piVM->pclAlloueTableau(piType ? 111 : 16, 1, pclErreur));
+    if (!clTableau || !clTableau->vbInitialise(piType, 0, 0, piVM, pclErreur)) return nullptr;
+    return clTableau.pDetach();
+}
+
+void CComposanteGGL::s_CWString2CTString(const CXYString<wchar_t>& sSource, CTString& sCible) {
+    sCible = sSource.pszGet();
+}
+
+extern "C" void* __KLL_COMPOSANTE_FACTORY_60() {
+    return static_cast<IKLLibrary*>(new CComposanteGGL);
+}

@@ -1,0 +1,58 @@
+// CComposanteGGL: the library object the host makes, and the static services through which
+// every connector reaches the host's HTTP, JSON, XML and image services.
+#pragma once
+#include "KLLibrary.h"
+#include "TString.h"
+#include "XYString.h"
+
+class IHTTP;
+class IGestionnaireXML;
+class IContenuJSON;
+class IElementJSON;
+class IDocumentXML;
+class IMainIMG;
+class ITypeDescription;
+class IKLTableau;
+
+class CComposanteGGL : public CKLLibrary {
+public:
+    CComposanteGGL() = default;
+    ~CComposanteGGL() override;
+
+    // Takes the host's HTTP service, or refuses the component with 600033.
+    int bFinInit() override;
+    // Gives back the HTTP service and the shared XML and JSON services.
+    void TermCompo() override;
+    void* pGetVariableAdresse(int) override { return nullptr; }
+
+    IHTTP* piGetHTTP() const { return m_piHTTP; }
+
+    // A new reference to the host's HTTP service; 600033 when the host has none and the error
+    // held nothing before.
+    static IHTTP* s_piQueryIHTTP(CXError* pclErreur);
+    // The host's parse of UTF-8 JSON text; null when the service is missing or the text is not
+    // JSON (the cause in the error). The caller releases the element.
+    static IElementJSON* s_piGetJSON(const char* pszTexte, CXError* pclErreur);
+    // The host's image service, or null; the caller releases it.
+    static IMainIMG* s_piGetIMainIMG();
+    // A new document: empty for a null or empty text, else the text parsed; null when the
+    // host has no XML service or the text does not parse.
+    static IDocumentXML* s_piGetXMLDoc(const wchar_t* pszTexte);
+    // An empty host array for elements of the given type; null, and the array released, on
+    // failure.
+    static IKLTableau* s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErreur,
+                                                ITypeDescription* piType);
+    static void s_CWString2CTString(const CXYString<wchar_t>& sSource, CTString& sCible);
+
+    // Shared by every library object; ended by TermCompo of any, taken again at next use.
+    static IGestionnaireXML* ms_piGestionXML;
+    static IContenuJSON* ms_piContenuJSON;
+
+private:
+    IHTTP* m_piHTTP = nullptr;
+};
+
+IDocumentXML* piGetXMLDoc(const wchar_t* pszTexte);
+
+// The library factory of the component descriptor: a new library object, owned by the caller.
+extern "C" void* __KLL_COMPOSANTE_FACTORY_60();

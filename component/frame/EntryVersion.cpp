@@ -1,4 +1,0 @@
-#include "KLLExport.h"
-
-// The version figure the host checks before anything else.
-KLL_EXPORT int CheckVersion() { return 22; }
