@@ -310,6 +310,42 @@ TEST(Any, LecteursBornesEtTexteHostile) {
     EXPECT_EQ(e.nGetINT_64(&l), KV_ERR_DEPASSEMENT);
 }
 
+// Every text into every type, then every value into every type: each step either succeeds or
+// leaves the value as it was, and nothing reads out of bounds (the sanitizers watch).
+TEST(Any, TexteHostileDansChaqueType) {
+    const char* tabTextes[] = {"",
+                               "0",
+                               "-1",
+                               "1e400",
+                               "\xFF\xFE",
+                               "true",
+                               "20240115",
+                               "1230",
+                               "12.5",
+                               "x",
+                               "99999999999999999999999",
+                               "\xC3\xA9"};
+    for (const STCasType& cSource : gtabTypes) {
+        for (const char* psz : tabTextes) {
+            CAny a;
+            a.__SetType(cSource.nCode, 0);
+            std::wstring sAvant = Texte(a);
+            int nRes = a.pclGetIntern()->SetValueFromANSI(psz);
+            if (!KV_bSucces(nRes)) {
+                EXPECT_EQ(Texte(a), sAvant) << cSource.nCode << " " << psz;
+            }
+            for (const STCasType& cCible : gtabTypes) {
+                CAny b = a;
+                std::wstring sB = Texte(b);
+                if (!KV_bSucces(b.__nCastTo(cCible.nCode))) {
+                    EXPECT_EQ(b.nGetType(), a.nGetType());
+                    EXPECT_EQ(Texte(b), sB);
+                }
+            }
+        }
+    }
+}
+
 TEST(Any, BitFieldZeroEtendSelonLaLargeur) {
     struct {
         void (*pfn)(CAny&);
@@ -411,6 +447,9 @@ TEST(Any, ObjetsEtTableauxComptes) {
         EXPECT_GT(b.__SetType(16, 1), 99);
         EXPECT_EQ(o.m_nRef, 1);
         EXPECT_EQ(a.SetObjet(&o, 16), KV_ERR_TYPE);
+        IInterfaceObjetBase* pi = &o;
+        EXPECT_EQ(a.pclGetIntern()->SetValue(&pi, sizeof pi), KV_ERR_TYPE)
+            << "bytes never become a reference";
         EXPECT_EQ(o.m_nRef, 1);
     }
     EXPECT_EQ(o.m_nRef, 0);
