@@ -84,7 +84,8 @@ void AjouteNom(std::vector<unsigned char>& tab, std::string_view sv) {
 bool bConstruitBloc(std::vector<unsigned char>& tab) {
     unsigned nNbIndice = 0;
     for (const STFonction& st : gtabFonction)
-        if (st.nIndiceNom + 1 > nNbIndice) nNbIndice = st.nIndiceNom + 1;
+        if (st.nIndiceNom + 1 > nNbIndice)
+            nNbIndice = st.nIndiceNom + 1;
     std::vector<std::string_view> tabNomFonction(nNbIndice);
     for (const STFonction& st : gtabFonction) {
         if (!tabNomFonction[st.nIndiceNom].empty()) {
@@ -102,11 +103,16 @@ bool bConstruitBloc(std::vector<unsigned char>& tab) {
     Ajoute16(tab, std::size(gtabClasse));
     Ajoute16(tab, std::size(gtabPropriete));
     Ajoute16(tab, std::size(gtabAccesseur));
-    for (std::string_view sv : tabNomFonction) AjouteNom(tab, sv);
-    for (std::string_view sv : gtabConstante) AjouteNom(tab, sv);
-    for (std::string_view sv : gtabTypeRef) AjouteNom(tab, sv);
-    for (std::string_view sv : gtabClasse) AjouteNom(tab, sv);
-    for (const STMembre& st : gtabMembre) AjouteNom(tab, st.svNom);
+    for (std::string_view sv : tabNomFonction)
+        AjouteNom(tab, sv);
+    for (std::string_view sv : gtabConstante)
+        AjouteNom(tab, sv);
+    for (std::string_view sv : gtabTypeRef)
+        AjouteNom(tab, sv);
+    for (std::string_view sv : gtabClasse)
+        AjouteNom(tab, sv);
+    for (const STMembre& st : gtabMembre)
+        AjouteNom(tab, st.svNom);
 
     if (tab.size() > knKllTailleBlocNom) {
         std::fprintf(stderr, "PackNames: the names take %zu bytes, the block has %u\n", tab.size(),
@@ -126,7 +132,8 @@ std::string GenereSource(const std::vector<unsigned char>& tab) {
           "KLL_EXPORT const unsigned char gbyBlocNom_60[knKllTailleBlocNom] = {";
     char szOctet[8];
     for (size_t i = 0; i < tab.size(); ++i) {
-        if (i % 16 == 0) os << "\n   ";
+        if (i % 16 == 0)
+            os << "\n   ";
         std::snprintf(szOctet, sizeof(szOctet), " 0x%02X,", tab[i]);
         os << szOctet;
     }
@@ -143,14 +150,16 @@ int main(int argc, char** argv) {
     }
     static_assert(std::size(gtabClasse) == knKllNbClasse);
     std::vector<unsigned char> tabBloc;
-    if (!bConstruitBloc(tabBloc)) return 1;
+    if (!bConstruitBloc(tabBloc))
+        return 1;
     const std::string sSource = GenereSource(tabBloc);
 
     std::ifstream fAncien(argv[1], std::ios::binary);
     if (fAncien) {
         const std::string sAncien((std::istreambuf_iterator<char>(fAncien)),
                                   std::istreambuf_iterator<char>());
-        if (sAncien == sSource) return 0;
+        if (sAncien == sSource)
+            return 0;
     }
     fAncien.close();
     std::ofstream f(argv[1], std::ios::binary | std::ios::trunc);

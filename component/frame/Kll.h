@@ -120,9 +120,9 @@ inline constexpr unsigned knKllNbTypeRef = KLL_TR_FIN - 1;
 #define KLL_OBJ_OBJECT(tr) 1
 
 // One signature item: a 16-bit code and a 16-bit qualifier, little-endian.
-#define KLL_SIG(code, qual)                                                                    \
-    static_cast<unsigned char>((code) & 0xFF), static_cast<unsigned char>(((code) >> 8) & 0xFF), \
-        static_cast<unsigned char>((qual) & 0xFF), static_cast<unsigned char>(((qual) >> 8) & 0xFF)
+#define KLL_SIG(code, qual)                                                                        \
+    static_cast<unsigned char>((code)&0xFF), static_cast<unsigned char>(((code) >> 8) & 0xFF),     \
+        static_cast<unsigned char>((qual)&0xFF), static_cast<unsigned char>(((qual) >> 8) & 0xFF)
 #define KLL_SIG_BOOLEAN KLL_SIG(1, 0)
 #define KLL_SIG_INT KLL_SIG(8, 0)
 #define KLL_SIG_INT_P KLL_SIG(0x8008, 0)
@@ -207,10 +207,10 @@ inline constexpr uint64_t KLL_OPT_OBJET_LECTURE = 0x402;
 inline constexpr uint64_t KLL_OPT_OBJET = 0x602;
 inline constexpr uint64_t KLL_OPT_ACCESSEUR = 0x20204;
 inline constexpr uint64_t KLL_OPT_ACCESSEUR_COMPAT = 0x204;
-#define KLL_OPTION_PROPRIETE(T, A)                                                             \
-    (KLL_OBJ_##T ? (KLL_HAS_SETTER_##A ? KLL_OPT_OBJET : KLL_OPT_OBJET_LECTURE)                \
-                 : (KLL_HAS_SETTER_##A || KLL_HAS_FORCED_##A ? KLL_OPT_VALEUR                  \
-                                                             : KLL_OPT_VALEUR_LECTURE))
+#define KLL_OPTION_PROPRIETE(T, A)                                                                 \
+    (KLL_OBJ_##T                                                                                   \
+         ? (KLL_HAS_SETTER_##A ? KLL_OPT_OBJET : KLL_OPT_OBJET_LECTURE)                            \
+         : (KLL_HAS_SETTER_##A || KLL_HAS_FORCED_##A ? KLL_OPT_VALEUR : KLL_OPT_VALEUR_LECTURE))
 #define KLL_OPTION_ACCESSEUR(M) (KLL_COMPAT_##M ? KLL_OPT_ACCESSEUR_COMPAT : KLL_OPT_ACCESSEUR)
 
 // Kind of call in a syntax row's option word (the byte above the parameter count).

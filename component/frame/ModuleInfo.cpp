@@ -4,7 +4,7 @@
 
 #include "ComposanteGGL.h"
 #include "ResourceBlock.h"
-#include "VocabularyTables.h"
+#include "frame/Tables.h"
 
 const STErrorDef gstErrorDef60[knNbErrorDef60] = {
 #define KV_ERROR_DEF(nCode, nRessource, nSeverite) {nCode, nRessource, 0, nSeverite},
@@ -68,15 +68,15 @@ STKLComposante __KLL_COMPOSANTE60 = {
     2,
     635,
     427,
-    knNbFonction60,
-    knNbConstante60,
+    knKllNbFonction,
+    knKllNbConstante,
     0,
     0,
     0,
     0,
-    knNbTypeRef60,
-    knNbClasse60,
-    knTailleBlocNom60,
+    knKllNbTypeRef,
+    knKllNbClasse,
+    knKllTailleBlocNom,
     0,
 };
 

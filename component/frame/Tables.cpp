@@ -36,15 +36,15 @@ using FKLLLibre = std::remove_pointer_t<PFNKLLLibre>;
 
 } // namespace
 
-#define KLL_CLASS(C, nNumero, pszType, F)                                                     \
-    KLL_FAIBLE FKLLCopie KLL_##C##_C;                                                        \
-    KLL_FAIBLE FKLLType KLL_##C##_T;                                                         \
-    KLL_FAIBLE FKLLObjetGlobal KLL_##C##_GOG;                                                \
+#define KLL_CLASS(C, nNumero, pszType, F)                                                          \
+    KLL_FAIBLE FKLLCopie KLL_##C##_C;                                                              \
+    KLL_FAIBLE FKLLType KLL_##C##_T;                                                               \
+    KLL_FAIBLE FKLLObjetGlobal KLL_##C##_GOG;                                                      \
     KLL_FAIBLE FKLLRAZ KLL_##C##_RAZ;
 #define KLL_CONSTRUCTOR(C, k) KLL_FAIBLE FKLLConstructeur KLL_##C##_C_##k;
-#define KLL_PROPERTY(C, P, T, A)                                                              \
-    KLL_FAIBLE FKLLGet KLL_##C##_G_##P;                                                      \
-    KLL_IF_SETTER_##A(KLL_FAIBLE FKLLSet KLL_##C##_S_##P;, )                                 \
+#define KLL_PROPERTY(C, P, T, A)                                                                   \
+    KLL_FAIBLE FKLLGet KLL_##C##_G_##P;                                                            \
+    KLL_IF_SETTER_##A(KLL_FAIBLE FKLLSet KLL_##C##_S_##P;, )                                       \
         KLL_IF_FORCED_##A(KLL_FAIBLE FKLLSet KLL_##C##_FS_##P;, )
 #define KLL_ACCESSOR(C, N, TR, M) KLL_FAIBLE FKLLAccesseur KLL_##C##_A_##N;
 #include "frame/Classes.def"
@@ -66,22 +66,23 @@ constexpr size_t nLongueurTypeRef(unsigned nNumero, const char* pszNom) {
         ++n;
         nNumero /= 10;
     } while (nNumero);
-    for (; *pszNom; ++pszNom) n += static_cast<unsigned char>(*pszNom) >= 0x80 ? 2 : 1;
+    for (; *pszNom; ++pszNom)
+        n += static_cast<unsigned char>(*pszNom) >= 0x80 ? 2 : 1;
     return n;
 }
 
-template <size_t N> struct STTexteType {
-    char sz[N];
-};
+template <size_t N> struct STTexteType { char sz[N]; };
 
 template <size_t N> constexpr STTexteType<N> stTexteTypeRef(unsigned nNumero, const char* pszNom) {
     STTexteType<N> st{};
     size_t i = 0;
     const auto Ajoute = [&](std::string_view sv) {
-        for (char c : sv) st.sz[i++] = c;
+        for (char c : sv)
+            st.sz[i++] = c;
     };
     Ajoute("+:");
-    const char szLibrairie[] = {char('0' + knKllLibrairie / 100), char('0' + knKllLibrairie / 10 % 10),
+    const char szLibrairie[] = {char('0' + knKllLibrairie / 100),
+                                char('0' + knKllLibrairie / 10 % 10),
                                 char('0' + knKllLibrairie % 10)};
     Ajoute({szLibrairie, 3});
     Ajoute(":");
@@ -91,7 +92,8 @@ template <size_t N> constexpr STTexteType<N> stTexteTypeRef(unsigned nNumero, co
         szChiffres[nChiffres++] = static_cast<char>('0' + nNumero % 10);
         nNumero /= 10;
     } while (nNumero);
-    while (nChiffres) st.sz[i++] = szChiffres[--nChiffres];
+    while (nChiffres)
+        st.sz[i++] = szChiffres[--nChiffres];
     Ajoute(":GGL:");
     for (; *pszNom; ++pszNom) {
         const auto by = static_cast<unsigned char>(*pszNom);
@@ -105,7 +107,7 @@ template <size_t N> constexpr STTexteType<N> stTexteTypeRef(unsigned nNumero, co
     st.sz[i] = 0;
     return st;
 }
-#define KLL_TEXTE_TYPE(nNumero, pszNom)                                                       \
+#define KLL_TEXTE_TYPE(nNumero, pszNom)                                                            \
     stTexteTypeRef<nLongueurTypeRef(nNumero, pszNom)>(nNumero, pszNom)
 
 static_assert(std::string_view(KLL_TEXTE_TYPE(2, "gglEvénement").sz) ==
@@ -116,12 +118,14 @@ static_assert(std::string_view(KLL_TEXTE_TYPE(2, "gglEvénement").sz) ==
 constexpr bool bTokenDuNom(std::string_view svToken, const char* pszNom) {
     size_t i = 0;
     for (const char* p = pszNom; *p; ++p, ++i) {
-        if (i >= svToken.size()) return false;
+        if (i >= svToken.size())
+            return false;
         const auto by = static_cast<unsigned char>(*p);
         if (by == 0xC3 && p[1]) {
             const char cBase = cKllLettreDeBase(static_cast<unsigned char>(0xC0 + (p[1] & 0x3F)));
             const char cToken = svToken[i];
-            if (!cBase || (cToken & ~0x20) != cBase) return false;
+            if (!cBase || (cToken & ~0x20) != cBase)
+                return false;
             ++p;
         } else if (svToken[i] != *p) {
             return false;
@@ -132,8 +136,8 @@ constexpr bool bTokenDuNom(std::string_view svToken, const char* pszNom) {
 
 // ---- Type references --------------------------------------------------------------------
 
-#define KLL_TYPEREF(Token, nNumero, pszNom)                                                   \
-    constexpr auto gstTypeRef_##Token = KLL_TEXTE_TYPE(nNumero, pszNom);                     \
+#define KLL_TYPEREF(Token, nNumero, pszNom)                                                        \
+    constexpr auto gstTypeRef_##Token = KLL_TEXTE_TYPE(nNumero, pszNom);                           \
     static_assert(bTokenDuNom(#Token, pszNom), "the token of " pszNom " is its unaccented name");
 #include "frame/TypeRefs.def"
 
@@ -155,7 +159,8 @@ constexpr uint64_t gtabNumeroConstante[] = {
 };
 constexpr bool bSuiteSansTrou(const uint64_t* p, size_t n) {
     for (size_t i = 1; i < n; ++i)
-        if (p[i] != p[0] + i) return false;
+        if (p[i] != p[0] + i)
+            return false;
     return true;
 }
 static_assert(bSuiteSansTrou(gtabNumeroConstante, std::size(gtabNumeroConstante)),
@@ -164,8 +169,8 @@ constexpr uint64_t knDerniereConstante = gtabNumeroConstante[std::size(gtabNumer
 
 // ---- Classes: flags, counts, identifiers, type strings ----------------------------------
 
-#define KLL_CLASS(C, nNumero, pszType, F)                                                     \
-    constexpr uint64_t kqwFlags_##C = KLL_CF_##F;                                            \
+#define KLL_CLASS(C, nNumero, pszType, F)                                                          \
+    constexpr uint64_t kqwFlags_##C = KLL_CF_##F;                                                  \
     constexpr auto gstType_##C = KLL_TEXTE_TYPE(nNumero, pszType);
 #include "frame/Classes.def"
 
@@ -193,31 +198,34 @@ enum eKLLIDENTIFIANT : uint64_t {
 // A class that is also a type reference has one number in both places.
 constexpr bool bMemeNumeroQueTypeRef(std::string_view svNom, unsigned nNumero) {
     for (const STNomNumero& st : gtabTypeRefNumero)
-        if (st.svNom == svNom) return st.nNumero == nNumero;
+        if (st.svNom == svNom)
+            return st.nNumero == nNumero;
     return true;
 }
-#define KLL_CLASS(C, nNumero, pszType, F)                                                     \
-    static_assert(bMemeNumeroQueTypeRef(pszType, nNumero), #C ": number differs from its type reference");
+#define KLL_CLASS(C, nNumero, pszType, F)                                                          \
+    static_assert(bMemeNumeroQueTypeRef(pszType, nNumero),                                         \
+                  #C ": number differs from its type reference");
 #include "frame/Classes.def"
 
 // ---- Functions: syntax order, counts, signatures ----------------------------------------
 
 constexpr bool bIndicesEnOrdre(const unsigned* p, size_t n) {
     for (size_t i = 0; i < n; ++i)
-        if (p[i] != i) return false;
+        if (p[i] != i)
+            return false;
     return true;
 }
-#define KLL_FUNCTION(nNumero, F, Famille)                                                     \
-    constexpr unsigned knNumero_##F = nNumero;                                               \
+#define KLL_FUNCTION(nNumero, F, Famille)                                                          \
+    constexpr unsigned knNumero_##F = nNumero;                                                     \
     constexpr unsigned gtabSyntaxe_##F[] = {
 #define KLL_SYNTAX(C, F, k, R, ...) k,
 #define KLL_SYNTAX_FREE(F, k, R, ...) k,
 #define KLL_SYNTAX_NONE(F, k, R, ...) k,
 #define KLL_SYNTAX_UNFILLED(C, F, k, n) k,
-#define KLL_FUNCTION_END(F)                                                                   \
-    }                                                                                        \
-    ;                                                                                        \
-    static_assert(bIndicesEnOrdre(gtabSyntaxe_##F, std::size(gtabSyntaxe_##F)),              \
+#define KLL_FUNCTION_END(F)                                                                        \
+    }                                                                                              \
+    ;                                                                                              \
+    static_assert(bIndicesEnOrdre(gtabSyntaxe_##F, std::size(gtabSyntaxe_##F)),                    \
                   #F ": syntaxes numbered 0, 1, ... in order");
 #include "frame/Functions.def"
 
@@ -243,7 +251,7 @@ static_assert(gtabNumeroFonction[0] == 1 &&
 #define KLL_SIGS_CHOIX(_1, _2, _3, _4, _5, _6, _7, _8, N, ...) KLL_SIGS_##N
 #define KLL_SIGS(...) KLL_SIGS_CHOIX(__VA_ARGS__, 8, 7, 6, 5, 4, 3, 2, 1, 0)(__VA_ARGS__)
 
-#define KLL_SIGNATURE(F, k, R, ...)                                                           \
+#define KLL_SIGNATURE(F, k, R, ...)                                                                \
     constexpr unsigned char gbySignature_##F##_##k[] = {KLL_SIG_##R, KLL_SIGS(__VA_ARGS__) 0};
 #define KLL_SYNTAX(C, F, k, R, ...) KLL_SIGNATURE(F, k, R, __VA_ARGS__)
 #define KLL_SYNTAX_FREE(F, k, R, ...) KLL_SIGNATURE(F, k, R, __VA_ARGS__)
@@ -256,29 +264,33 @@ static_assert(gtabNumeroFonction[0] == 1 &&
 // ---- The tables -------------------------------------------------------------------------
 
 #define KLL_NB_PARAM(F, k) nKllNbParametre(sizeof(gbySignature_##F##_##k))
-#define KLL_FUNCTION(nNumero, F, Famille) KLL_INTERNE constinit const STKLSyntaxe gst##F##60[] = {
-#define KLL_SYNTAX(C, F, k, R, ...)                                                           \
-    {{.pfnMethode = &KLL_##C##_M_##F##_S##k}, 0, gbySignature_##F##_##k,                      \
+#define KLL_FUNCTION(nNumero, F, Famille) KLL_INTERNE constinit const STKLSyntaxe gst##F##60 [] = {
+#define KLL_SYNTAX(C, F, k, R, ...)                                                                \
+    {{.pfnMethode = &KLL_##C##_M_##F##_S##k},                                                      \
+     0,                                                                                            \
+     gbySignature_##F##_##k,                                                                       \
      KLL_OPT_METHODE | KLL_NB_PARAM(F, k)},
-#define KLL_SYNTAX_FREE(F, k, R, ...)                                                         \
+#define KLL_SYNTAX_FREE(F, k, R, ...)                                                              \
     {{.pfnLibre = &KLL_##F##_##k}, 0, gbySignature_##F##_##k, KLL_OPT_LIBRE | KLL_NB_PARAM(F, k)},
-#define KLL_SYNTAX_NONE(F, k, R, ...)                                                         \
+#define KLL_SYNTAX_NONE(F, k, R, ...)                                                              \
     {{.pfnMethode = nullptr}, 0, gbySignature_##F##_##k, KLL_OPT_METHODE | KLL_NB_PARAM(F, k)},
-#define KLL_SYNTAX_UNFILLED(C, F, k, n)                                                       \
+#define KLL_SYNTAX_UNFILLED(C, F, k, n)                                                            \
     {{.pfnMethode = &KLL_##C##_M_##F##_S##k}, 0, gbyKllSignatureVide, KLL_OPT_METHODE | (n)},
-#define KLL_FUNCTION_END(F) };
+#define KLL_FUNCTION_END(F)                                                                        \
+    }                                                                                              \
+    ;
 #include "frame/Functions.def"
 
 // Descriptor word: syntaxes, library, name index. A second registration keeps the name
 // index and the syntax table of the first.
-#define KLL_ROW_FUNCTION(nNumero, F, Famille)                                                 \
-    {nNumero,                                                                                \
-     0,                                                                                      \
-     0,                                                                                      \
-     KLL_FF_##Famille,                                                                       \
-     static_cast<uint32_t>((std::size(gtabSyntaxe_##F) << 24) | (knKllLibrairie << 16) |     \
-                           (knNumero_##F - 1)),                                              \
-     0,                                                                                      \
+#define KLL_ROW_FUNCTION(nNumero, F, Famille)                                                      \
+    {nNumero,                                                                                      \
+     0,                                                                                            \
+     0,                                                                                            \
+     KLL_FF_##Famille,                                                                             \
+     static_cast<uint32_t>((std::size(gtabSyntaxe_##F) << 24) | (knKllLibrairie << 16) |           \
+                           (knNumero_##F - 1)),                                                    \
+     0,                                                                                            \
      gst##F##60},
 KLL_EXPORT constinit const STKLFonction __gstTabFonction_60[] = {
 #define KLL_FUNCTION(nNumero, F, Famille) KLL_ROW_FUNCTION(nNumero, F, Famille)
@@ -288,11 +300,11 @@ KLL_EXPORT constinit const STKLFonction __gstTabFonction_60[] = {
 static_assert(std::size(__gstTabFonction_60) == knKllNbFonction);
 
 // Constants: the name code is the hash of the name, as for properties.
-#define KLL_TYPE_CONSTANTE(nCode) ((nCode) * 256u + knKllLibrairie)
+#define KLL_TYPE_CONSTANTE(nCode) ((nCode)*256u + knKllLibrairie)
 KLL_EXPORT constinit const STKLConstante __gstTabConstante_60[] = {
-#define KLL_CONSTANT_INT(nNumero, Nom, n)                                                     \
+#define KLL_CONSTANT_INT(nNumero, Nom, n)                                                          \
     {nNumero, nKllHashNom(#Nom), 0, 0, {.nValeur = n}, KLL_TYPE_CONSTANTE(KLL_TYPE_INT)},
-#define KLL_CONSTANT_TEXT(nNumero, Nom, psz)                                                  \
+#define KLL_CONSTANT_TEXT(nNumero, Nom, psz)                                                       \
     {nNumero, nKllHashNom(#Nom), 0, 0, {.pszValeur = L##psz}, KLL_TYPE_CONSTANTE(KLL_TYPE_TEXT)},
 #include "frame/Constants.def"
 };
@@ -306,34 +318,42 @@ static_assert(std::size(__gstTabTypeRef_60) == knKllNbTypeRef);
 
 // Per class: constructors, properties, accessors, then the record. Property and accessor
 // tables may be empty, hence std::array; a record never points at an empty one.
-#define KLL_CLASS(C, nNumero, pszType, F)                                                     \
-    KLL_INTERNE constinit const STKLSyntaxe gstTabSyntaxeConstructeurClasse##C##60[] = {
+#define KLL_CLASS(C, nNumero, pszType, F)                                                          \
+    KLL_INTERNE constinit const STKLSyntaxe gstTabSyntaxeConstructeurClasse##C##60 [] = {
 #define KLL_CONSTRUCTOR(C, k) KLL_ROW_CONSTRUCTOR(C, k),
-#define KLL_CLASS_END(C) };
+#define KLL_CLASS_END(C)                                                                           \
+    }                                                                                              \
+    ;
 #include "frame/Classes.def"
 
-#define KLL_CLASS(C, nNumero, pszType, F)                                                     \
-    KLL_INTERNE constinit const std::array<STKLPropriete, knNbPropriete_##C>                  \
+#define KLL_CLASS(C, nNumero, pszType, F)                                                          \
+    KLL_INTERNE constinit const std::array<STKLPropriete, knNbPropriete_##C>                       \
         gstTabProprieteClasse##C##60 = {{
-#define KLL_PROPERTY(C, P, T, A)                                                              \
+#define KLL_PROPERTY(C, P, T, A)                                                                   \
     KLL_ROW_PROPERTY(C, P, T, A, KLL_ID_##C##_P_##P, nKllHashNom(#P), kqwFlags_##C),
-#define KLL_PROPERTY_AS(C, P, T, A, pszNom)                                                   \
+#define KLL_PROPERTY_AS(C, P, T, A, pszNom)                                                        \
     KLL_ROW_PROPERTY(C, P, T, A, KLL_ID_##C##_P_##P, nKllHashNom(pszNom), kqwFlags_##C),
-#define KLL_CLASS_END(C) }};
+#define KLL_CLASS_END(C)                                                                           \
+    }                                                                                              \
+    }                                                                                              \
+    ;
 #include "frame/Classes.def"
 
-#define KLL_CLASS(C, nNumero, pszType, F)                                                     \
-    KLL_INTERNE constinit const std::array<STKLAccesseur, knNbAccesseur_##C>                  \
+#define KLL_CLASS(C, nNumero, pszType, F)                                                          \
+    KLL_INTERNE constinit const std::array<STKLAccesseur, knNbAccesseur_##C>                       \
         gstTabEClasseerateurClasse##C##60 = {{
-#define KLL_ACCESSOR(C, N, TR, M)                                                             \
+#define KLL_ACCESSOR(C, N, TR, M)                                                                  \
     KLL_ROW_ACCESSOR(C, N, TR, M, KLL_ID_##C##_A_##N, nKllHashNom(#N), kqwFlags_##C),
-#define KLL_CLASS_END(C) }};
+#define KLL_CLASS_END(C)                                                                           \
+    }                                                                                              \
+    }                                                                                              \
+    ;
 #include "frame/Classes.def"
 
-#define KLL_CLASS(C, nNumero, pszType, F)                                                     \
-    KLL_INTERNE constinit const STKLOClasse KLL_##C = KLL_ROW_CLASS(                          \
-        C, F, KLL_ID_##C, gstType_##C.sz, gstTabSyntaxeConstructeurClasse##C##60,             \
-        std::size(gstTabSyntaxeConstructeurClasse##C##60), (gstTabProprieteClasse##C##60).data(), \
+#define KLL_CLASS(C, nNumero, pszType, F)                                                          \
+    KLL_INTERNE constinit const STKLOClasse KLL_##C = KLL_ROW_CLASS(                               \
+        C, F, KLL_ID_##C, gstType_##C.sz, gstTabSyntaxeConstructeurClasse##C##60,                  \
+        std::size(gstTabSyntaxeConstructeurClasse##C##60), (gstTabProprieteClasse##C##60).data(),  \
         knNbPropriete_##C, (gstTabEClasseerateurClasse##C##60).data(), knNbAccesseur_##C);
 #include "frame/Classes.def"
 
