@@ -1,0 +1,19 @@
+#include "connection/VisitDeserialiseRefreshToken.h"
+
+#include "connection/GoogleConnexion.h"
+
+#include "Any.h"
+
+void CVisitDeserialiseRefreshToken::_vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin,
+                                                           CAny& clValeur) {
+    for (const STIdServiceGoogle& st : CGoogleConnexion::s_stTabIdServices) {
+        if (sChemin.sv() != st.pszCle) continue;
+        if (st.eService == SERVICEGOOGLE_AUCUN || !m_ptabToken) return;
+        const auto nIndice = static_cast<size_t>(st.eService);
+        while (m_ptabToken->nGetNbElement() <= nIndice) m_ptabToken->Ajoute(COAuthToken());
+        CXYString<wchar_t> sToken;
+        if (clValeur.nGetType() == 16) clValeur.__nFillString(sToken);
+        (*m_ptabToken)[nIndice].m_sRefreshToken = std::move(sToken);
+        return;
+    }
+}
