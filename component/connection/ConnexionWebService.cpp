@@ -1,0 +1,12 @@
+#include "ConnexionWebService.h"
+
+#include "frame/ComposanteGGL.h"
+
+CConnexionWebService::~CConnexionWebService() = default;
+
+IHTTP* CConnexionWebService::piGetCOM(CXError* pclErreur) {
+    // A failed query is asked again at the next use.
+    if (!m_clHTTP)
+        m_clHTTP = CRef<IHTTP>::Adopt(CComposanteGGL::s_piQueryIHTTP(pclErreur));
+    return m_clHTTP.pGet();
+}

@@ -1,0 +1,267 @@
+// The request description: its MIME tables, how parameters are joined and encoded through the
+// host's encoder, how body chunks are assembled, and what a copy keeps.
+#include "FauxHote.h"
+
+#include "connection/HTTPRequete.h"
+
+#include "Utf8.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace fauxhote;
+
+namespace {
+
+struct STCasMIME {
+    eHTTPCONTENTTYPE eType;
+    const wchar_t* pszMIME;
+};
+
+// Every row, in table order.
+const STCasMIME gtabMIME[] = {
+    {HTTPCT_GOOGLE_INCONNU, L"application/vnd.google-apps.unknown"},
+    {HTTPCT_FORMULAIRE, L"application/x-www-form-urlencoded"},
+    {HTTPCT_ATOM, L"application/atom+xml"},
+    {HTTPCT_MULTIPART_FORMULAIRE, L"multipart/form-data"},
+    {HTTPCT_TEXTE, L"text/plain"},
+    {HTTPCT_CSV, L"text/csv"},
+    {HTTPCT_TSV, L"text/tab-separated-values"},
+    {HTTPCT_HTML, L"text/html"},
+    {HTTPCT_WORD, L"application/msword"},
+    {HTTPCT_ODS, L"application/vnd.oasis.opendocument.spreadsheet"},
+    {HTTPCT_ODT, L"application/vnd.oasis.opendocument.text"},
+    {HTTPCT_RTF, L"application/rtf"},
+    {HTTPCT_SXW, L"application/vnd.sun.xml.writer"},
+    {HTTPCT_EXCEL, L"application/vnd.ms-excel"},
+    {HTTPCT_POWERPOINT, L"application/vnd.ms-powerpoint"},
+    {HTTPCT_GIF, L"image/gif"},
+    {HTTPCT_PNG, L"image/png"},
+    {HTTPCT_JPEG, L"image/jpeg"},
+    {HTTPCT_MULTIPART_RELATED, L"multipart/related; boundary=\"vbhsik745z6d_84eo0pmlk__987\""},
+    {HTTPCT_BMP, L"image/bmp"},
+    {HTTPCT_PDF, L"application/pdf"},
+    {HTTPCT_JSON, L"application/json"},
+    {HTTPCT_DOCX, L"application/vnd.openxmlformats-officedocument.wordprocessingml.document"},
+    {HTTPCT_XLSX, L"application/vnd.openxmlformats-officedocument.spreadsheetml.sheet"},
+    {HTTPCT_PPTX, L"application/vnd.openxmlformats-officedocument.presentationml.presentation"},
+    {HTTPCT_ODP, L"application/vnd.oasis.opendocument.presentation"},
+};
+
+TEST(TableMIME, VingtSixLignesPuisLaMarqueDeFin) {
+    static_assert(std::size(gtabMIME) == HTTPCT_NB);
+    for (size_t i = 0; i < std::size(gtabMIME); ++i) {
+        EXPECT_EQ(gtabMIME[i].eType, static_cast<int>(i));
+        EXPECT_STREQ(CHTTPRequete::s_pszGetMIMEType(gtabMIME[i].eType), gtabMIME[i].pszMIME)
+            << "row " << i;
+        CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", gtabMIME[i].eType);
+        EXPECT_STREQ(cl.pszGetContentType(), gtabMIME[i].pszMIME) << "the request takes row " << i;
+    }
+    EXPECT_EQ(CHTTPRequete::s_szTabMIMEType[HTTPCT_NB], nullptr);
+    const std::wstring sRelated = CHTTPRequete::s_pszGetMIMEType(HTTPCT_MULTIPART_RELATED);
+    EXPECT_NE(sRelated.find(gszFrontiereMultipart), std::wstring::npos)
+        << "bodies and the type share one boundary";
+}
+
+struct STCasExtension {
+    const wchar_t* pszExtension;
+    eHTTPCONTENTTYPE eType;
+};
+
+const STCasExtension gtabExtensions[] = {
+    {L".CSV", HTTPCT_CSV},   {L".TSV", HTTPCT_TSV},         {L".TAB", HTTPCT_TSV},
+    {L".HTML", HTTPCT_HTML}, {L".HTM", HTTPCT_HTML},        {L".DOC", HTTPCT_WORD},
+    {L".ODS", HTTPCT_ODS},   {L".ODT", HTTPCT_ODT},         {L".RTF", HTTPCT_RTF},
+    {L".SXW", HTTPCT_SXW},   {L".TXT", HTTPCT_TEXTE},       {L".XLS", HTTPCT_EXCEL},
+    {L".PPT", HTTPCT_POWERPOINT}, {L".PPS", HTTPCT_POWERPOINT}, {L".GIF", HTTPCT_GIF},
+    {L".PNG", HTTPCT_PNG},   {L".JPG", HTTPCT_JPEG},        {L".JPEG", HTTPCT_JPEG},
+    {L".BMP", HTTPCT_BMP},   {L".PDF", HTTPCT_PDF},         {L".DOCX", HTTPCT_DOCX},
+    {L".XLSX", HTTPCT_XLSX}, {L".PPTX", HTTPCT_PPTX},       {L".ODP", HTTPCT_ODP},
+    // case is ignored
+    {L".jpeg", HTTPCT_JPEG}, {L".Docx", HTTPCT_DOCX},       {L".pdf", HTTPCT_PDF},
+    // unknown, dotless, partial or empty: the Google "unknown" type
+    {L".exe", HTTPCT_GOOGLE_INCONNU}, {L"CSV", HTTPCT_GOOGLE_INCONNU},
+    {L".DOCXX", HTTPCT_GOOGLE_INCONNU}, {L".", HTTPCT_GOOGLE_INCONNU},
+    {L"", HTTPCT_GOOGLE_INCONNU},    {nullptr, HTTPCT_GOOGLE_INCONNU},
+};
+
+void PrintTo(const STCasExtension& cas, std::ostream* os) { *os << Nom(cas.pszExtension); }
+
+class Extension : public testing::TestWithParam<STCasExtension> {};
+TEST_P(Extension, DonneSonType) {
+    EXPECT_EQ(CHTTPRequete::s_eGetContentType(GetParam().pszExtension), GetParam().eType);
+}
+INSTANTIATE_TEST_SUITE_P(TableMIME, Extension, testing::ValuesIn(gtabExtensions));
+
+TEST(TableMIME, ImagesParGenre) {
+    const std::pair<int, const wchar_t*> tab[] = {
+        {1, L"image/bmp"}, {2, L"image/jpeg"}, {3, L"image/gif"}, {8, L"image/png"},
+        {0, L""},          {4, L""},           {7, L""},          {-1, L""},
+    };
+    for (auto& [nGenre, psz] : tab)
+        EXPECT_EQ(CHTTPRequete::s_pszGetMIME(static_cast<IImageFactory::TYPEIMAGE>(nGenre)), psz)
+            << "kind " << nGenre;
+}
+
+TEST(HTTPRequete, TypeDeContenu) {
+    CHTTPRequete cl(SERVICEGOOGLE_AGENDA, L"https://h/p", HTTPCT_JSON);
+    EXPECT_EQ(cl.eGetService(), SERVICEGOOGLE_AGENDA);
+    EXPECT_STREQ(cl.pszGetURL(), L"https://h/p");
+    cl.SetContentType(L"text/x-custom");
+    EXPECT_STREQ(cl.pszGetContentType(), L"text/x-custom");
+    cl.SetContentType(L"");
+    ASSERT_NE(cl.pszGetContentType(), nullptr);
+    EXPECT_STREQ(cl.pszGetContentType(), L"");
+    cl.SetContentType(L"a/b");
+    cl.SetContentType(nullptr);
+    EXPECT_STREQ(cl.pszGetContentType(), L"");
+    cl.SetURL(L"https://autre/");
+    EXPECT_STREQ(cl.pszGetURL(), L"https://autre/");
+    CHTTPRequete clHors(SERVICEGOOGLE_AUCUN, nullptr, static_cast<eHTTPCONTENTTYPE>(HTTPCT_NB));
+    EXPECT_STREQ(clHors.pszGetContentType(), L"") << "a type past the table is not read";
+    EXPECT_STREQ(clHors.pszGetURL(), L"");
+}
+
+// ---- parameters
+
+struct STCasParametres {
+    const char* pszNom;
+    std::vector<std::pair<const wchar_t*, const wchar_t*>> tabParametres;
+    const wchar_t* pszBrut;   // joined as they stand
+    const wchar_t* pszEncode; // joined through the encoder
+};
+
+const STCasParametres gtabParametres[] = {
+    {"aucun", {}, L"", L""},
+    {"un", {{L"a", L"1"}}, L"a=1", L"a=1"},
+    {"deux", {{L"a", L"1"}, {L"b", L"2"}}, L"a=1&b=2", L"a=1&b=2"},
+    {"blanc", {{L"q", L"x y"}}, L"q=x y", L"q=x%20y"},
+    {"accent", {{L"q", L"\u00e9t\u00e9"}}, L"q=\u00e9t\u00e9", L"q=%C3%A9t%C3%A9"},
+    {"pourcent", {{L"q", L"100%"}}, L"q=100%", L"q=100%25"},
+    // the encoder keeps "&": escaped after it, so that only joins remain literal
+    {"et", {{L"q", L"a&b"}, {L"r", L"c"}}, L"q=a&b&r=c", L"q=a%26b&r=c"},
+    {"etDansLeNom", {{L"a&b", L"1"}}, L"a&b=1", L"a%26b=1"},
+    // "=" , "#" and "@" are the encoder's to keep
+    {"reserves", {{L"q", L"a=b#c@d"}}, L"q=a=b#c@d", L"q=a=b#c@d"},
+    {"vides", {{L"", L""}, {L"b", L""}}, L"=&b=", L"=&b="},
+};
+
+void PrintTo(const STCasParametres& cas, std::ostream* os) { *os << cas.pszNom; }
+
+class Parametres : public testing::TestWithParam<STCasParametres> {};
+
+TEST_P(Parametres, JointsEtEncodes) {
+    const STCasParametres& cas = GetParam();
+    CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"https://h/", HTTPCT_FORMULAIRE);
+    for (auto& [pszNom, pszValeur] : cas.tabParametres)
+        cl.AjouteParametre(pszNom, pszValeur);
+    EXPECT_EQ(cl.nGetNbParametre(), cas.tabParametres.size());
+
+    CFauxVM clVM;
+    CXError clErreur(&gstMyModuleInfo60);
+    EXPECT_EQ(cl.csGetParametres(0, &clVM, &clErreur), cas.pszBrut);
+    EXPECT_TRUE(clVM.m_tabAppels.empty()) << "no encoding asked";
+
+    EXPECT_EQ(cl.csGetParametres(1, &clVM, &clErreur), cas.pszEncode);
+    EXPECT_TRUE(clErreur.bEstPropre());
+    // Each whole "name=value" goes to the encoder in one piece, as UTF-8.
+    std::vector<std::string> tabAttendus;
+    for (auto& [pszNom, pszValeur] : cas.tabParametres) {
+        std::wstring s = std::wstring(pszNom) + L"=" + pszValeur;
+        tabAttendus.push_back(KVUtf8::VersUtf8(s));
+    }
+    EXPECT_EQ(clVM.m_tabEncodes, tabAttendus);
+}
+
+INSTANTIATE_TEST_SUITE_P(HTTPRequete, Parametres, testing::ValuesIn(gtabParametres),
+                         [](const auto& info) { return std::string(info.param.pszNom); });
+
+TEST(HTTPRequete, ParametreEntier) {
+    CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", HTTPCT_FORMULAIRE);
+    cl.AjouteParametre(L"max", 25);
+    cl.AjouteParametre(L"n", -3);
+    cl.AjouteParametre(L"v", static_cast<const wchar_t*>(nullptr));
+    EXPECT_EQ(cl.csGetParametres(0, nullptr, nullptr), L"max=25&n=-3&v=");
+}
+
+TEST(HTTPRequete, UnEncodeurEnEchecLaisseSaCauseEtNeDonneRien) {
+    CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", HTTPCT_FORMULAIRE);
+    cl.AjouteParametre(L"a", L"1");
+    cl.AjouteParametre(L"b", L"2");
+    CFauxVM clVM;
+    clVM.m_bEchoue = true;
+    CXError clErreur(&gstMyModuleInfo60);
+    EXPECT_EQ(cl.csGetParametres(1, &clVM, &clErreur), L"&");
+    EXPECT_EQ(clErreur.nGetUserErrorCode(), 600003u) << "the host's cause is kept for the caller";
+}
+
+// ---- headers
+
+TEST(HTTPRequete, EntetesDansLOrdre) {
+    CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", HTTPCT_FORMULAIRE);
+    cl.AjouteHeader(L"If-Match", L"*");
+    cl.AjouteHeader(L"X-A", L"1");
+    cl.AjouteHeader(L"X-A", L"2");
+    EXPECT_EQ(cl.nGetNbHeader(), 3u);
+    auto* pi = new CFauxEntetes;
+    cl.RemplitEntetesHTTP(pi);
+    EXPECT_EQ(pi->m_tab, (Entetes{{L"If-Match", L"*"}, {L"X-A", L"1"}, {L"X-A", L"2"}}));
+    pi->vRelease();
+    cl.RemplitEntetesHTTP(nullptr); // nothing to fill
+}
+
+// ---- body
+
+TEST(HTTPRequete, LesMorceauxSontAssemblesDansLOrdre) {
+    CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", HTTPCT_JSON);
+    unsigned long n = 99;
+    EXPECT_EQ(cl.nGetTailleDonnees(), 0u);
+    cl.pGetDonnees(&n);
+    EXPECT_EQ(n, 0u);
+
+    std::string s1 = "{\"a\":", s2 = "", s3 = std::string("1\0}", 3);
+    cl.AjouteDonnees(reinterpret_cast<unsigned char*>(s1.data()), s1.size());
+    cl.AjouteDonnees(reinterpret_cast<unsigned char*>(s2.data()), s2.size());
+    cl.AjouteDonnees(reinterpret_cast<unsigned char*>(s3.data()), s3.size());
+    s1[0] = 'X'; // the chunks are copies
+    EXPECT_EQ(cl.nGetTailleDonnees(), 8u);
+    const unsigned char* p = cl.pGetDonnees(&n);
+    ASSERT_EQ(n, 8u);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(p), n), std::string("{\"a\":1\0}", 8));
+    // Each call assembles again; the size pointer may be null.
+    p = cl.pGetDonnees(nullptr);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(p), 8), std::string("{\"a\":1\0}", 8));
+}
+
+TEST(HTTPRequete, LaCopieEstProfonde) {
+    CHTTPRequete cl(SERVICEGOOGLE_PICASA, L"https://h/p", HTTPCT_ATOM);
+    cl.AjouteParametre(L"a", L"1");
+    cl.AjouteHeader(L"X-A", L"1");
+    std::string s = "<entry/>";
+    cl.AjouteDonnees(reinterpret_cast<unsigned char*>(s.data()), s.size());
+    cl.AjouteDonnees(reinterpret_cast<unsigned char*>(s.data()), 2);
+
+    CHTTPRequete clCopie(cl);
+    cl.SetURL(L"https://ailleurs/");
+    cl.SetContentType(L"");
+    cl.AjouteParametre(L"b", L"2");
+    cl.AjouteHeader(L"X-B", L"2");
+    cl.AjouteDonnees(reinterpret_cast<unsigned char*>(s.data()), 1);
+
+    EXPECT_EQ(clCopie.eGetService(), SERVICEGOOGLE_PICASA);
+    EXPECT_STREQ(clCopie.pszGetURL(), L"https://h/p");
+    EXPECT_STREQ(clCopie.pszGetContentType(), L"application/atom+xml");
+    EXPECT_EQ(clCopie.csGetParametres(0, nullptr, nullptr), L"a=1");
+    auto* pi = new CFauxEntetes;
+    clCopie.RemplitEntetesHTTP(pi);
+    EXPECT_EQ(pi->m_tab, (Entetes{{L"X-A", L"1"}}));
+    pi->vRelease();
+    unsigned long n = 0;
+    const unsigned char* p = clCopie.pGetDonnees(&n);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(p), n), "<entry/><e");
+    EXPECT_EQ(cl.nGetTailleDonnees(), 11u);
+}
+
+} // namespace
