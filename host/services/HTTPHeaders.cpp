@@ -1,0 +1,33 @@
+#include "HTTPHeaders.h"
+
+void CHTTPHeaders::vAddRef() {
+    m_nRef.fetch_add(1, std::memory_order_relaxed);
+}
+
+void CHTTPHeaders::vRelease() {
+    if (m_nRef.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete this;
+}
+
+void CHTTPHeaders::vAjoute(const wchar_t* pszNom, const wchar_t* pszValeur) {
+    if (!pszNom)
+        return;
+    m_tabNames.emplace_back(pszNom);
+    m_tabValues.emplace_back(pszValeur ? pszValeur : L"");
+}
+
+int CHTTPHeaders::vnGetNbEntete() {
+    return static_cast<int>(m_tabNames.size());
+}
+
+const wchar_t* CHTTPHeaders::vpszGetNom(int nIndice) {
+    if (nIndice < 0 || static_cast<size_t>(nIndice) >= m_tabNames.size())
+        return L"";
+    return m_tabNames[static_cast<size_t>(nIndice)].c_str();
+}
+
+const wchar_t* CHTTPHeaders::vpszGetValeur(int nIndice) {
+    if (nIndice < 0 || static_cast<size_t>(nIndice) >= m_tabValues.size())
+        return L"";
+    return m_tabValues[static_cast<size_t>(nIndice)].c_str();
+}
