@@ -1,0 +1,32 @@
+// CFigureReporter: the console report of Google Benchmark, which also keeps each benchmark's
+// best processor time per iteration, so that the figures (a benchmark's time over another's from
+// the same run) can be printed at the end as "figure NAME VALUE UNIT" lines.
+#pragma once
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <ostream>
+#include <string>
+#include <vector>
+
+class CFigureReporter final : public benchmark::ConsoleReporter {
+public:
+    // Colours only for a terminal: the report is often kept in a file.
+    explicit CFigureReporter(bool bColour) : ConsoleReporter(bColour ? OO_Defaults : OO_Tabular) {}
+
+    // Declares a figure; the benchmark files call it before main runs.
+    static bool s_bDeclare(const char* pszFigure, const char* pszNumerator,
+                           const char* pszDenominator);
+
+    void ReportRuns(const std::vector<Run>& tabRuns) override;
+    // One line per declared figure whose two benchmarks ran; false when one did not.
+    bool bPrintFigures(std::ostream& clOut) const;
+
+private:
+    struct STFigure {
+        std::string sName, sNumerator, sDenominator;
+    };
+    static std::vector<STFigure>& s_rFigures();
+
+    std::map<std::string, double> m_mapBestSeconds; // by benchmark name
+};

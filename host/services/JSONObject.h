@@ -1,0 +1,25 @@
+// CJSONObject: an object of a parsed JSON text, as IObjetJSON: its members, in document order.
+#pragma once
+#include "JSONDocument.h"
+#include "JSONService.h"
+#include "Ref.h"
+#include "XError.h"
+
+class CJSONObject final : public IObjetJSON, public CKVUnknown {
+public:
+    CJSONObject(CJSONDocument* pclDocument, uint32_t nIndex);
+    ~CJSONObject() override;
+
+    void vAddRef() override { dwAddRef(); }
+    void vRelease() override { dwRelease(); }
+
+    int vnGetNbMembre() override;
+    void vAccepte(IVisiteurJSON& clVisiteur) override;
+
+    bool bFree() const { return nGetRef() == 1; }
+    void Repoint(CJSONDocument* pclDocument, uint32_t nIndex);
+
+private:
+    CRef<CJSONDocument> m_clDocument;
+    uint32_t m_nIndex;
+};
