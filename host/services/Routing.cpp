@@ -103,10 +103,10 @@ bool CRouting::s_bSplitUrl(std::string_view sUrl, STUrlParts& st) {
     std::string_view svPath =
         nAuthorityEnd == std::string_view::npos ? std::string_view{} : svRest.substr(nAuthorityEnd);
     svPath = svPath.substr(0, svPath.find('#'));
-    st.sPathQuery.clear();
-    if (svPath.empty() || svPath.front() != '/')
-        st.sPathQuery = "/"; // a query with no path asks for the root
-    st.sPathQuery.append(svPath);
+    // A query with no path asks for the root.
+    const bool bRacine = svPath.empty() || svPath.front() != '/';
+    st.sPathQuery.assign(bRacine ? 1 : 0, '/');
+    st.sPathQuery.append(svPath.data(), svPath.size());
     return true;
 }
 
