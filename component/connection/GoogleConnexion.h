@@ -1,16 +1,28 @@
 // CGoogleConnexion, script type "gglConnexion": the application's OAuth client data and one
-// token pair per Google service.
+// token pair per Google service. It logs in, silently from a refresh token or through the
+// host's login dialogue, and carries every Google service call: the services build a request
+// with their service number and send it through the road of CConnexionOAuthBase.
+//
+// Scripts name services by bits (1 calendar, 2 contacts, 4 static maps, 8 documents, 16
+// Picasa); inside, a service is its eSERVICESGOOGLE value, the index of its token pair.
 #pragma once
+#include "connection/ConnexionOAuthBase.h"
 #include "connection/OAuthToken.h"
 #include "connection/ServicesGoogle.h"
 #include "frame/ObjetComposante.h"
 
 #include "Arrays.h"
-#include "TString.h"
 #include "XYString.h"
 
+#include <cstdint>
+
 class CCtxInfo;
+class CKLANYArray;
 class CXError;
+class IDocumentXML;
+class IElementJSON;
+class IVM;
+struct STOAuth2TokenBase;
 
 // A service and its text key, as RefreshTokens writes it.
 struct STIdServiceGoogle {
@@ -18,7 +30,7 @@ struct STIdServiceGoogle {
     const wchar_t* pszCle;
 };
 
-class CGoogleConnexion : public CObjetComposante {
+class CGoogleConnexion : public CObjetComposante, public CConnexionOAuthBase {
 public:
     static ITypeDescription* ms_piType;
     // Every service in index order, row 0 "none" included.
@@ -32,18 +44,22 @@ public:
     // Back to a new connection: no client data, empty tokens.
     void RAZObjet(CCtxInfo* pclCtx, CXError* pclErreur);
 
-    const wchar_t* GetEmail(CCtxInfo*, CXError*) const { return m_sEmail.pszGet(); }
-    void SetEmail(CCtxInfo*, CXError*, const wchar_t* psz) { m_sEmail = psz; }
+    // ---- properties
+    using CConnexionOAuthBase::SetClientID;
+    using CConnexionOAuthBase::SetClientSecret;
+    using CConnexionOAuthBase::SetEmail;
+    const wchar_t* GetEmail(CCtxInfo*, CXError*) const { return pszGetEmail(); }
+    void SetEmail(CCtxInfo*, CXError*, const wchar_t* psz) { SetEmail(psz); }
     // Kept for old scripts: a password and an application name are no longer used. Reading
     // gives the empty text, writing drops the value.
     const wchar_t* GetMotDePasse(CCtxInfo*, CXError*) const { return L""; }
     void SetMotDePasse(CCtxInfo*, CXError*, const wchar_t*) {}
     const wchar_t* GetNomApplication(CCtxInfo*, CXError*) const { return L""; }
     void SetNomApplication(CCtxInfo*, CXError*, const wchar_t*) {}
-    const wchar_t* GetClientID(CCtxInfo*, CXError*) const { return m_sClientID.pszGet(); }
-    void SetClientID(CCtxInfo*, CXError*, const wchar_t* psz) { m_sClientID = psz; }
-    const wchar_t* GetClientSecret(CCtxInfo*, CXError*) const { return m_sClientSecret.pszGet(); }
-    void SetClientSecret(CCtxInfo*, CXError*, const wchar_t* psz) { m_sClientSecret = psz; }
+    const wchar_t* GetClientID(CCtxInfo*, CXError*) const { return pszGetClientID(); }
+    void SetClientID(CCtxInfo*, CXError*, const wchar_t* psz) { SetClientID(psz); }
+    const wchar_t* GetClientSecret(CCtxInfo*, CXError*) const { return pszGetClientSecret(); }
+    void SetClientSecret(CCtxInfo*, CXError*, const wchar_t* psz) { SetClientSecret(psz); }
     // {"none":"<refresh token>","calendar":"...",...}: the refresh token of every service, in
     // index order, the texts as they stand.
     CXYString<wchar_t> GetRefreshTokens(CCtxInfo*, CXError*) const;
@@ -51,6 +67,55 @@ public:
     // text does not name keep theirs; access tokens are left alone. An empty text changes
     // nothing; a text that is not JSON leaves the cause in the error.
     void ForceRefreshTokens(CCtxInfo*, CXError* pclErreur, const CXYString<wchar_t>& sJSON);
+
+    // ---- script functions
+    // Logs in to the calendar alone / to the services of nBits. True when no error stands; a
+    // failure that reported nothing gets 600001 with the service's last error.
+    bool GglConnecte(CCtxInfo* pclCtx, CXError* pclErreur);
+    bool GglConnecte(CCtxInfo* pclCtx, CXError* pclErreur, int nBits);
+    // Forgets every token / the tokens of the services of nBits, static maps included.
+    void GglDeconnecte(CCtxInfo* pclCtx, CXError* pclErreur);
+    void GglDeconnecte(CCtxInfo* pclCtx, CXError* pclErreur, int nBits);
+    // A raw call to one service (one bit) with its token, logging in first when it has none:
+    // the body of a 200 or 201 answer, else "" with the error. nMethode 1 GET, 2 POST, 4 PUT,
+    // 8 DELETE; any other gives "" and no error.
+    CXYString<char> GglRequete(CCtxInfo* pclCtx, CXError* pclErreur, int nBit,
+                               const wchar_t* pszURL, int nMethode);
+    CXYString<char> GglRequete(CCtxInfo* pclCtx, CXError* pclErreur, int nBit,
+                               const wchar_t* pszURL, const wchar_t* pszCorps, int nMethode);
+
+    // ---- for the services
+    // The first step of every service call: a token is there, or a login brings one.
+    bool __bCheckAndLogService(eSERVICESGOOGLE eService, IVM* piVM, CXError* pclErreur);
+    // The body of an answer whose status is eAttendu, parsed; null with 600003 when it does
+    // not parse, or with 600005 and the status when the status is another. The caller owns the
+    // result.
+    static IDocumentXML* s_piParseXMLResponse(CHTTPResponse& clReponse, CXError* pclErreur,
+                                              eHTTPCODE eAttendu);
+    static IElementJSON* s_piParseJSONResponse(CHTTPResponse& clReponse, CXError* pclErreur,
+                                               eHTTPCODE eAttendu);
+    // A text made fit for a hand-built JSON string value.
+    static CXYString<wchar_t> s_czEscapeJSON(const CXYString<wchar_t>& sTexte);
+
+    // ---- login
+    // The argument array holds one service number (1 to 5); anything else fails.
+    int vbLogin(IVM* piVM, const CKLANYArray& tabParametres, CXError* pclErreur) override;
+    int vbLogout(IVM* piVM, const CKLANYArray& tabParametres, CXError* pclErreur) override;
+    // The access token of the request's service, "" when it has none; always true.
+    int vbGetAccessToken(CHTTPRequete& clRequete, CXYString<wchar_t>& sToken) override;
+    // Silently when every service asked holds one same refresh token and the server takes it;
+    // otherwise the tokens of those services are dropped and the user is asked.
+    bool bLoginMultiple(int nBits, IVM* piVM, CXError* pclErreur);
+    // Empties the tokens of the services of nBits; the static maps entry (bit 4) stays.
+    bool bLogoutMultiple(int nBits, IVM* piVM, CXError* pclErreur);
+    // Stores the access and refresh token of the answer for each service of nBits.
+    void SetTokensConnexion(const STOAuth2TokenBase& stToken, int nBits);
+    // The scopes of the services of nBits, joined by "%20".
+    CXYString<wchar_t> czGetScopes(int nBits) const;
+
+    // Script bit of a service, 0 for none; service of a single bit, 0 for any other number.
+    static int __nGetServiceKL(eSERVICESGOOGLE eService);
+    static eSERVICESGOOGLE __eGetServiceFromKL(int nBit);
 
     // One pair per eSERVICESGOOGLE value.
     CXArray<COAuthToken>& tabGetToken() { return m_tabToken; }
@@ -61,9 +126,17 @@ public:
 
 private:
     void __RAZToken();
+    // The refresh-token grant at the accounts endpoint. Reports nothing: any failure sends the
+    // login on to the dialogue.
+    bool __bRequestAccessFromRefreshToken(int nBits, const CXYString<wchar_t>& sRefreshToken,
+                                          IVM* piVM);
+    // GglRequete, with or without a body.
+    CXYString<char> __GglRequete(CCtxInfo* pclCtx, CXError* pclErreur, int nBit,
+                                 const wchar_t* pszURL, bool bAvecCorps, const wchar_t* pszCorps,
+                                 int nMethode);
+    // Empties the pair of the service.
+    void __VideToken(eSERVICESGOOGLE eService);
 
-    CTString m_sEmail;
-    CTString m_sClientID;
-    CTString m_sClientSecret;
     CXArray<COAuthToken> m_tabToken;
+    [[maybe_unused]] int16_t m_nVersion = 1; // the form of the connection; always 1
 };

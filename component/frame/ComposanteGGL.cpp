@@ -1,11 +1,14 @@
 #include "ComposanteGGL.h"
 
+#include "connection/InterfGGLCnx.h"
+
 #include "Any.h"
 #include "HTTPService.h"
 #include "InformationDLL.h"
 #include "ImageService.h"
 #include "JSONService.h"
 #include "LibShop.h"
+#include "LoginService.h"
 #include "ModuleInfo.h"
 #include "ObjectInterfaces.h"
 #include "Ref.h"
@@ -14,6 +17,8 @@
 #include "XMLService.h"
 
 #include <cstring>
+#include <iterator>
+#include <string>
 
 IGestionnaireXML* CComposanteGGL::ms_piGestionXML = nullptr;
 IContenuJSON* CComposanteGGL::ms_piContenuJSON = nullptr;
@@ -49,6 +54,23 @@ IContenuJSON* piContenuJSON(CXError* pclErreur) {
                                                           pclErreur));
     }
     return CComposanteGGL::ms_piContenuJSON;
+}
+
+// The kind of runtime, as the host reports it, that has a login dialogue.
+constexpr int knProduitAvecDialogue = 1;
+
+// The script names of the functions by row, as the name block gives them to the host.
+constexpr const wchar_t* gtabNomFonction[] = {
+#define KLL_FUNCTION(nNumero, Fonction, Famille) L## #Fonction,
+#define KLL_FUNCTION_AGAIN(nNumero, Fonction, Famille) L## #Fonction,
+#include "frame/Functions.def"
+};
+
+// The name of the function of row nFonction; "" out of the table.
+const wchar_t* s_pszNomFonction(int nFonction) {
+    return nFonction >= 0 && static_cast<size_t>(nFonction) < std::size(gtabNomFonction)
+               ? gtabNomFonction[nFonction]
+               : L"";
 }
 
 template <class I> void Libere(I*& pi) {
@@ -122,6 +144,34 @@ IKLTableau* CComposanteGGL::s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErre
 
 void CComposanteGGL::s_CWString2CTString(const CXYString<wchar_t>& sSource, CTString& sCible) {
     sCible = sSource.pszGet();
+}
+
+bool CComposanteGGL::s_bAuthIdentifie(IInterfGGLCnx& clInterface, IVM* piVM, int bParNavigateur,
+                                      int nFonction, CXError& clErreur) {
+    if (CInformationDLL::ms_nCodeProduitExecution != knProduitAvecDialogue) {
+        clErreur.SetUserError(&gstMyModuleInfo60, 600055);
+        return false;
+    }
+    if (!piVM)
+        return false;
+    auto clLogin = CRef<IAuthentification>::Adopt(piVM->piGetAuthentification(&clErreur));
+    if (!clLogin)
+        return false;
+    CXYString<wchar_t> sRedirection;
+    clLogin->vGetURLRedirection(bParNavigateur, sRedirection);
+
+    // The redirect goes as it stands; the state is the host's to fill and to check.
+    std::wstring sURL = clInterface.sGetURLLogin();
+    sURL += L"&redirect_uri=";
+    sURL += sRedirection.sv();
+    sURL += L"&state=";
+    sURL += gszMarqueurEtat;
+
+    CXYString<wchar_t> sReponse;
+    if (clLogin->veAuthentifie(sURL.c_str(), piVM, s_pszNomFonction(nFonction), sReponse,
+                               &clErreur) != AUTHENTIFICATION_OK)
+        return false;
+    return clInterface.bProcessRedirectionHTTP(sReponse.pszGet(), sRedirection.pszGet());
 }
 
 extern "C" void* __KLL_COMPOSANTE_FACTORY_60() {

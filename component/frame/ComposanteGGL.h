@@ -13,6 +13,8 @@ class IDocumentXML;
 class IMainIMG;
 class ITypeDescription;
 class IKLTableau;
+class IInterfGGLCnx;
+class IVM;
 
 class CComposanteGGL : public CKLLibrary {
 public:
@@ -43,6 +45,13 @@ public:
     static IKLTableau* s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErreur,
                                                 ITypeDescription* piType);
     static void s_CWString2CTString(const CXYString<wchar_t>& sSource, CTString& sCible);
+    // The interactive authorisation: the host's login dialogue runs on the provider's login
+    // address, and the browser's return goes to the provider's side for the token exchange.
+    // bParNavigateur: 1 when the dialogue must run in the browser. nFonction: the row of the
+    // asking script function in the function table, whose name the dialogue shows. Only the
+    // desktop kind of runtime has a dialogue; any other gets 600055.
+    static bool s_bAuthIdentifie(IInterfGGLCnx& clInterface, IVM* piVM, int bParNavigateur,
+                                 int nFonction, CXError& clErreur);
 
     // Shared by every library object; ended by TermCompo of any, taken again at next use.
     static IGestionnaireXML* ms_piGestionXML;

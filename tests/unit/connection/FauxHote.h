@@ -1,12 +1,16 @@
 // Stand-ins for the host in the connection tests: a VM that runs the standard-library
-// functions the funnels call (URL encoding with the host's character set, the time shifts),
+// functions the funnels call (URL encoding with the host's character set, the time shifts)
+// and records what stubs return to it, a login dialogue that answers a canned browser return,
 // an HTTP service that records every request record it is handed and answers canned replies,
-// and the registry that hands that service out.
+// and the registry that hands that service and a JSON service out.
 #pragma once
+#include "JSONEssai.h"
+
 #include "Any.h"
 #include "DateTime.h"
 #include "HTTPService.h"
 #include "LibShop.h"
+#include "LoginService.h"
 #include "Utf8.h"
 #include "VM.h"
 #include "XError.h"
@@ -41,6 +45,49 @@ inline std::string UrlEncode(std::string_view sv) {
     }
     return s;
 }
+
+// The login dialogue: it records the login address and the function name it is given, and
+// answers the raw head of the browser's return that the test sets.
+class CFauxAuthentification final : public IAuthentification {
+public:
+    void vAddRef() override { ++m_nRef; }
+    void vRelease() override { --m_nRef; }
+    void vGetURLRedirection(int bParNavigateur, CXYString<wchar_t>& sRedirection) override {
+        m_tabParNavigateur.push_back(bParNavigateur);
+        sRedirection = CXYString<wchar_t>(m_sRedirection.c_str());
+    }
+    eAUTHENTIFICATION veAuthentifie(const wchar_t* pszURLLogin, IVM* piVM,
+                                    const wchar_t* pszNomFonction, CXYString<wchar_t>& sReponse,
+                                    CXError* pclErreur) override {
+        m_tabURL.emplace_back(pszURLLogin ? pszURLLogin : L"(null)");
+        m_tabFonction.emplace_back(pszNomFonction ? pszNomFonction : L"(null)");
+        m_piVM = piVM;
+        if (m_eResultat != AUTHENTIFICATION_OK) {
+            if (pclErreur)
+                pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, knErreurDialogue, L"dialogue");
+            return m_eResultat;
+        }
+        sReponse = CXYString<wchar_t>(m_sReponse.c_str());
+        return AUTHENTIFICATION_OK;
+    }
+
+    static constexpr unsigned knErreurDialogue = 600002;
+    int m_nRef = 0;
+    std::wstring m_sRedirection = L"http://127.0.0.1:4567/";
+    std::wstring m_sReponse; // the raw head of the browser's return
+    eAUTHENTIFICATION m_eResultat = AUTHENTIFICATION_OK;
+    std::vector<std::wstring> m_tabURL;
+    std::vector<std::wstring> m_tabFonction;
+    std::vector<int> m_tabParNavigateur;
+    IVM* m_piVM = nullptr;
+};
+
+// One value a stub handed back: its type, the int of 1 and 8, the bytes of 19.
+struct STRetourStub {
+    int nType;
+    int n;
+    std::string s;
+};
 
 class CFauxVM final : public IVM {
 public:
@@ -105,10 +152,31 @@ public:
     intptr_t nInfoVM(int, int) override { return 0; }
     IInterfaceObjetBase* piGetService(int, CXError*) override { return nullptr; }
     int bRetourneValeurAppel(int, const void*, int) override { return 0; }
-    int bRetourneValeur(CCtxInfo*, const void*, int) override { return 0; }
+    int bRetourneValeur(CCtxInfo*, const void* pValeur, int nType) override {
+        STRetourStub st{nType, 0, {}};
+        if (nType == 1 || nType == 8)
+            std::memcpy(&st.n, pValeur, sizeof(int));
+        else if (nType == 19)
+            st.s = std::string(static_cast<const CXYString<char>*>(pValeur)->sv());
+        m_tabRetours.push_back(std::move(st));
+        return 1;
+    }
     IKLTableau* pclAlloueTableau(int, int, CXError*) override { return nullptr; }
-    IAuthentification* piGetAuthentification(CXError*) override { return nullptr; }
+    // The dialogue when the test gives one, a new reference as the host gives it.
+    IAuthentification* piGetAuthentification(CXError* pclErreur) override {
+        ++m_nDemandesLogin;
+        if (!m_piAuthentification) {
+            if (pclErreur)
+                pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, 600002, L"no login");
+            return nullptr;
+        }
+        m_piAuthentification->vAddRef();
+        return m_piAuthentification;
+    }
 
+    IAuthentification* m_piAuthentification = nullptr;
+    int m_nDemandesLogin = 0;
+    std::vector<STRetourStub> m_tabRetours;
     bool m_bEchoue = false;       // the host function fails, its cause in the error
     bool m_bResultatVide = false; // the encoder answers an empty text
     std::vector<int> m_tabAppels;
@@ -201,6 +269,14 @@ public:
         case RESULTAT_HTTP_MESSAGE:
             clValeur.SetBinary(m_stCourante.sCorps.data(), m_stCourante.sCorps.size());
             return 1;
+        case RESULTAT_HTTP_CODE: { // the number after the first blank of the status line
+            const size_t nBlanc = m_stCourante.sEntete.find(L' ');
+            clValeur.SetInt(nBlanc == std::wstring::npos
+                                ? 0
+                                : static_cast<int>(std::wcstol(
+                                      m_stCourante.sEntete.c_str() + nBlanc + 1, nullptr, 10)));
+            return 1;
+        }
         default:
             return 0;
         }
@@ -263,11 +339,15 @@ private:
     IVM* m_piVM = nullptr;
 };
 
-// Hands out the HTTP service, or nothing when m_bSansHTTP.
+// Hands out the HTTP service, or nothing when m_bSansHTTP, and the JSON service. A test that
+// lets the component take the JSON service gives it back with CComposanteGGL::TermCompo.
 class CFauxLibShop final : public ILibShop {
 public:
-    IInterfaceObjetBase* piGetInterface(int, int, const wchar_t*, CXError*) override {
-        return nullptr;
+    IInterfaceObjetBase* piGetInterface(int, int, const wchar_t* psz, CXError*) override {
+        if (std::wcscmp(psz, gszServiceJSON) != 0)
+            return nullptr;
+        m_clJSON.vAddRef();
+        return &m_clJSON;
     }
     IInterfaceObjetBase* piGetInterfaceVM(IInterfaceObjetBase*, int, int, int, const wchar_t*,
                                           CXError*) override {
@@ -282,6 +362,7 @@ public:
         return &m_clHTTP;
     }
     CFauxHTTP m_clHTTP;
+    CContenuJSONEssai m_clJSON;
     int m_nDemandes = 0;
     bool m_bSansHTTP = false;
 };
