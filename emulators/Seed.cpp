@@ -100,6 +100,35 @@ bool s_bStrings(const CJsonValue& v, const char* pszKey, const std::string& sWhe
     return bOk;
 }
 
+// A string member that may be left out (s keeps its default then).
+bool s_bOptional(const CJsonValue& v, const char* pszKey, const std::string& sWhere, std::string& s,
+                 std::string* pError) {
+    const CJsonValue* p = v.pFind(pszKey);
+    if (!p)
+        return true;
+    if (!p->bIsString()) {
+        if (pError)
+            *pError = sWhere + ": \"" + pszKey + "\" must be a string";
+        return false;
+    }
+    s = p->sGetString();
+    return true;
+}
+
+bool s_bFlag(const CJsonValue& v, const char* pszKey, const std::string& sWhere, bool& b,
+             std::string* pError) {
+    const CJsonValue* p = v.pFind(pszKey);
+    if (!p)
+        return true;
+    if (!p->bIsBool()) {
+        if (pError)
+            *pError = sWhere + ": \"" + pszKey + "\" must be true or false";
+        return false;
+    }
+    b = p->bGetBool();
+    return true;
+}
+
 const CJsonValue* s_pArray(const CJsonValue& doc, const char* pszKey, std::string* pError) {
     static const CJsonValue s_Empty = CJsonValue::s_Array();
     const CJsonValue* p = doc.pFind(pszKey);
@@ -113,6 +142,77 @@ const CJsonValue* s_pArray(const CJsonValue& doc, const char* pszKey, std::strin
     return p;
 }
 } // namespace
+
+// "calendar": {"calendars": [{"user", "id", "summary", ...}]}: each user's calendar list.
+bool CSeed::s_bParseCalendars(const CJsonValue& doc, CSeed& seed, std::string* pError) {
+    const CJsonValue* pSection = doc.pFind("calendar");
+    if (!pSection)
+        return true;
+    if (!pSection->bIsObject()) {
+        if (pError)
+            *pError = "\"calendar\" must be an object";
+        return false;
+    }
+    const CJsonValue* pList = pSection->pFind("calendars");
+    if (!pList)
+        return true;
+    if (!pList->bIsArray()) {
+        if (pError)
+            *pError = "calendar: \"calendars\" must be an array";
+        return false;
+    }
+    for (size_t i = 0; i < pList->Items().size(); ++i) {
+        const CJsonValue& v = pList->Items()[i];
+        std::string sWhere = "calendar.calendars[" + std::to_string(i) + "]";
+        STSeedCalendar c;
+        c.sTimeZone = "UTC";
+        c.sAccessRole = "owner";
+        c.sColorId = "14";
+        c.sBackgroundColor = "#9fe1e7";
+        c.sForegroundColor = "#000000";
+        if (!v.bIsObject()) {
+            if (pError)
+                *pError = sWhere + " must be an object";
+            return false;
+        }
+        if (!s_bRequire(v, "user", sWhere, c.sUser, pError) ||
+            !s_bRequire(v, "id", sWhere, c.sId, pError) ||
+            !s_bRequire(v, "summary", sWhere, c.sSummary, pError) ||
+            !s_bOptional(v, "description", sWhere, c.sDescription, pError) ||
+            !s_bOptional(v, "timeZone", sWhere, c.sTimeZone, pError) ||
+            !s_bOptional(v, "accessRole", sWhere, c.sAccessRole, pError) ||
+            !s_bOptional(v, "colorId", sWhere, c.sColorId, pError) ||
+            !s_bOptional(v, "backgroundColor", sWhere, c.sBackgroundColor, pError) ||
+            !s_bOptional(v, "foregroundColor", sWhere, c.sForegroundColor, pError) ||
+            !s_bFlag(v, "primary", sWhere, c.bPrimary, pError) ||
+            !s_bFlag(v, "hidden", sWhere, c.bHidden, pError) ||
+            !s_bFlag(v, "selected", sWhere, c.bSelected, pError))
+            return false;
+        const STUser* pUser = seed.pFindUser(c.sUser);
+        std::string sProblem;
+        if (!pUser)
+            sProblem = "unknown user " + c.sUser;
+        else if (c.sAccessRole != "freeBusyReader" && c.sAccessRole != "reader" &&
+                 c.sAccessRole != "writer" && c.sAccessRole != "owner")
+            sProblem = "\"accessRole\" must be freeBusyReader, reader, writer or owner";
+        for (const STSeedCalendar& other : seed.m_tabCalendars) {
+            if (!sProblem.empty() || !pUser || other.sUser != pUser->sEmail)
+                continue;
+            if (other.sId == c.sId)
+                sProblem = "the calendar " + c.sId + " is in " + c.sUser + "'s list twice";
+            else if (other.bPrimary && c.bPrimary)
+                sProblem = c.sUser + " has a primary calendar already";
+        }
+        if (!sProblem.empty()) {
+            if (pError)
+                *pError = sWhere + ": " + sProblem;
+            return false;
+        }
+        c.sUser = pUser->sEmail; // as the tokens name the user
+        seed.m_tabCalendars.push_back(std::move(c));
+    }
+    return true;
+}
 
 std::optional<CSeed> CSeed::s_oParse(std::string_view svText, std::string* pError) {
     std::string sParseError;
@@ -196,6 +296,9 @@ std::optional<CSeed> CSeed::s_oParse(std::string_view svText, std::string* pErro
         }
         seed.m_tabGrants.push_back(std::move(g));
     }
+
+    if (!s_bParseCalendars(doc, seed, pError))
+        return std::nullopt;
 
     if (const CJsonValue* p = doc.pFind("token_lifetime_s")) {
         if (!p->bIsInteger() || p->nGetInt() <= 0) {

@@ -1,5 +1,6 @@
 // CSeed: the data the emulators start from and go back to on reset: users, OAuth clients,
-// tokens granted beforehand, and each service's own section of the same JSON document.
+// tokens granted beforehand, the calendars, and each service's own section of the same JSON
+// document.
 #pragma once
 #include <optional>
 #include <string>
@@ -37,6 +38,22 @@ struct STSeedGrant {
     std::string sRefreshToken;
 };
 
+// One entry of a user's calendar list, from the seed's "calendar" section.
+struct STSeedCalendar {
+    std::string sUser; // e-mail of the seeded user whose list holds it
+    std::string sId;
+    std::string sSummary;
+    std::string sDescription; // "" when it has none
+    std::string sTimeZone;
+    std::string sAccessRole; // freeBusyReader, reader, writer or owner
+    std::string sColorId;
+    std::string sBackgroundColor;
+    std::string sForegroundColor;
+    bool bPrimary = false;
+    bool bHidden = false;
+    bool bSelected = true;
+};
+
 class CSeed {
 public:
     static std::optional<CSeed> s_oParse(std::string_view svText, std::string* pError);
@@ -50,14 +67,18 @@ public:
     const STClient* pFindClient(std::string_view svProvider, std::string_view svId) const;
     const std::vector<STClient>& Clients() const { return m_tabClients; }
     const std::vector<STSeedGrant>& Grants() const { return m_tabGrants; }
+    const std::vector<STSeedCalendar>& Calendars() const { return m_tabCalendars; }
     long long nTokenLifetime() const { return m_nTokenLifetime; }
     // The whole document: each service reads its own section from it.
     const CJsonValue& Document() const { return m_Document; }
 
 private:
+    static bool s_bParseCalendars(const CJsonValue& doc, CSeed& seed, std::string* pError);
+
     CJsonValue m_Document;
     std::vector<STUser> m_tabUsers;
     std::vector<STClient> m_tabClients;
     std::vector<STSeedGrant> m_tabGrants;
+    std::vector<STSeedCalendar> m_tabCalendars;
     long long m_nTokenLifetime = 3599;
 };
