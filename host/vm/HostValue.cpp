@@ -1,0 +1,342 @@
+#include "HostValue.h"
+
+#include "Any.h"
+#include "HostArray.h"
+#include "KLBIN.h"
+#include "KVResult.h"
+#include "Utf8.h"
+#include "VMErrors.h"
+#include "XYString.h"
+
+#include <climits>
+#include <cstdio>
+
+CHostValue CHostValue::s_Boolean(bool b) {
+    CHostValue cl;
+    cl.m_eKind = KIND_BOOLEAN;
+    cl.m_b = b;
+    return cl;
+}
+CHostValue CHostValue::s_Integer(int64_t n) {
+    CHostValue cl;
+    cl.m_eKind = KIND_INTEGER;
+    cl.m_n = n;
+    return cl;
+}
+CHostValue CHostValue::s_Real(double r) {
+    CHostValue cl;
+    cl.m_eKind = KIND_REAL;
+    cl.m_r = r;
+    return cl;
+}
+CHostValue CHostValue::s_String(std::string s) {
+    CHostValue cl;
+    cl.m_eKind = KIND_STRING;
+    cl.m_s = std::move(s);
+    return cl;
+}
+CHostValue CHostValue::s_DateTime(const CDateTime& dt) {
+    CHostValue cl;
+    cl.m_eKind = KIND_DATETIME;
+    cl.m_dt = dt;
+    return cl;
+}
+CHostValue CHostValue::s_Object(IObjetBase* pi) {
+    CHostValue cl;
+    if (!pi)
+        return cl;
+    cl.m_eKind = KIND_OBJECT;
+    cl.m_clObjet = CRef<IObjetBase>::Retain(pi);
+    return cl;
+}
+CHostValue CHostValue::s_Array(std::vector<CHostValue> tab) {
+    CHostValue cl;
+    cl.m_eKind = KIND_ARRAY;
+    cl.m_tab = std::move(tab);
+    return cl;
+}
+
+const char* CHostValue::pszKindName() const {
+    switch (m_eKind) {
+    case KIND_NIL:
+        return "nil";
+    case KIND_BOOLEAN:
+        return "boolean";
+    case KIND_INTEGER:
+    case KIND_REAL:
+        return "number";
+    case KIND_STRING:
+        return "string";
+    case KIND_DATETIME:
+        return "date";
+    case KIND_OBJECT:
+        return "object";
+    case KIND_ARRAY:
+        return "table";
+    }
+    return "?";
+}
+
+bool CHostValue::s_bFromAny(const CAny& clAny, CHostValue& clOut) {
+    clOut = CHostValue();
+    if (clAny.bEstTableau()) {
+        auto* piTableau = static_cast<IKLTableau*>(clAny.piGetObjet());
+        std::vector<CHostValue> tab;
+        int n = piTableau ? piTableau->vnGetNbElement() : 0;
+        for (int i = 0; i < n; ++i) {
+            CAny clElement;
+            CHostValue cl;
+            if (!piTableau->vbGetElement(i, clElement, nullptr) || !s_bFromAny(clElement, cl))
+                return false;
+            tab.push_back(std::move(cl));
+        }
+        clOut = s_Array(std::move(tab));
+        return true;
+    }
+    switch (clAny.nGetType()) {
+    case 0:
+        return true;
+    case 1: {
+        bool b = false;
+        if (!KV_bSucces(clAny.nGetBool(&b)))
+            return false;
+        clOut = s_Boolean(b);
+        return true;
+    }
+    case 2:
+    case 3:
+    case 4:
+    case 5:
+    case 6:
+    case 7:
+    case 8:
+    case 9:
+    case 14: {
+        long n = 0;
+        if (!KV_bSucces(clAny.nGetINT_64(&n)))
+            return false;
+        clOut = s_Integer(n);
+        return true;
+    }
+    case 10:
+    case 11:
+    case 12: {
+        double r = 0;
+        if (!KV_bSucces(clAny.nGetREAL(&r)))
+            return false;
+        clOut = s_Real(r);
+        return true;
+    }
+    case 16:
+    case 24:
+    case 25:
+    case 81:
+    case 110:
+    case 148:
+    case 149: {
+        CXYString<wchar_t> s;
+        if (!KV_bSucces(clAny.__nFillString(s)))
+            return false;
+        clOut = s_String(KVUtf8::VersUtf8(s.sv()));
+        return true;
+    }
+    case 17:
+    case 18:
+    case 19:
+    case 128:
+    case 129: {
+        CXYString<char> s;
+        if (!KV_bSucces(clAny.__nFillString(s)))
+            return false;
+        clOut = s_String(std::string(s.sv()));
+        return true;
+    }
+    case 26: {
+        CDateTime dt;
+        if (!KV_bSucces(clAny.nGetDateTime(&dt)))
+            return false;
+        clOut = s_DateTime(dt);
+        return true;
+    }
+    case 27: {
+        long n = 0;
+        if (!KV_bSucces(clAny.nGetDuree(&n)))
+            return false;
+        clOut = s_Integer(n);
+        return true;
+    }
+    case 28:
+    case 29: {
+        CKLBIN clBin;
+        if (!KV_bSucces(clAny.nFillBinary(clBin)))
+            return false;
+        clOut = s_String(std::string(clBin.sv()));
+        return true;
+    }
+    case 108:
+    case 111:
+    case 135:
+    case 136:
+    case 141:
+    case 142:
+    case 143: {
+        IInterfaceObjetBase* pi = clAny.piGetObjet();
+        clOut = s_Object(pi ? static_cast<IObjetBase*>(pi->vpiGetObjetBase()) : nullptr);
+        return true;
+    }
+    default:
+        return false; // images, fonts, carriers: nothing a caller of this host can hold
+    }
+}
+
+namespace {
+
+// The element type an array of these values takes: one kind throughout, or texts for none.
+bool s_bElementType(const std::vector<CHostValue>& tab, uint16_t& nType) {
+    nType = 16;
+    bool bPremier = true;
+    for (const CHostValue& cl : tab) {
+        uint16_t n = 0;
+        switch (cl.eKind()) {
+        case CHostValue::KIND_NIL:
+            continue;
+        case CHostValue::KIND_BOOLEAN:
+            n = 1;
+            break;
+        case CHostValue::KIND_INTEGER:
+            n = 9;
+            break;
+        case CHostValue::KIND_REAL:
+            n = 12;
+            break;
+        case CHostValue::KIND_STRING:
+            n = 16;
+            break;
+        case CHostValue::KIND_DATETIME:
+            n = 26;
+            break;
+        case CHostValue::KIND_OBJECT:
+            n = 111;
+            break;
+        case CHostValue::KIND_ARRAY:
+            return false;
+        }
+        if (bPremier) {
+            nType = n;
+            bPremier = false;
+        } else if (n != nType) {
+            if ((n == 9 && nType == 12) || (n == 12 && nType == 9))
+                nType = 12; // integers and reals mix as reals
+            else
+                return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool CHostValue::bToAny(CAny& clAny, CXError* pclErreur) const {
+    switch (m_eKind) {
+    case KIND_NIL:
+        clAny.Vide();
+        return true;
+    case KIND_BOOLEAN:
+        clAny.SetBool(m_b);
+        return true;
+    case KIND_INTEGER:
+        if (m_n >= INT32_MIN && m_n <= INT32_MAX)
+            clAny.SetInt(static_cast<int>(m_n));
+        else
+            clAny.SetINT_64(m_n);
+        return true;
+    case KIND_REAL:
+        clAny.SetREAL(m_r);
+        return true;
+    case KIND_STRING: {
+        std::wstring s = KVUtf8::VersWide(m_s);
+        if (KV_bSucces(clAny.__nSetString(s.c_str(), static_cast<int>(s.size()))))
+            return true;
+        KVHostVM::SetError(pclErreur, VMERROR_MEMORY, "no memory for a text value");
+        return false;
+    }
+    case KIND_DATETIME:
+        clAny.SetDateTime(m_dt);
+        return true;
+    case KIND_OBJECT:
+        return KV_bSucces(clAny.SetObjet(m_clObjet.pGet(), 111));
+    case KIND_ARRAY: {
+        uint16_t nType = 16;
+        if (!s_bElementType(m_tab, nType)) {
+            KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE,
+                               "an array holds values of one kind (or numbers of both kinds)");
+            return false;
+        }
+        CRef<CHostArray> clTableau = CRef<CHostArray>::Adopt(CHostArray::s_pclNew(nType));
+        for (const CHostValue& cl : m_tab) {
+            CAny clElement;
+            if (!cl.bToAny(clElement, pclErreur) || !clTableau->bAppend(clElement, pclErreur))
+                return false;
+        }
+        return KV_bSucces(clAny.SetTableau(clTableau.pGet(), nType));
+    }
+    }
+    return false;
+}
+
+bool CHostValue::s_bParseDate(std::string_view sv, CDateTime& dtOut) {
+    size_t nPos = 0;
+    auto Nombre = [&sv, &nPos](size_t nMin, size_t nMax, int& n) {
+        size_t nDebut = nPos;
+        n = 0;
+        while (nPos < sv.size() && nPos - nDebut < nMax && sv[nPos] >= '0' && sv[nPos] <= '9')
+            n = n * 10 + (sv[nPos++] - '0');
+        return nPos - nDebut >= nMin;
+    };
+    auto Separateur = [&sv, &nPos](char c) {
+        if (nPos >= sv.size() || sv[nPos] != c)
+            return false;
+        ++nPos;
+        return true;
+    };
+    int nAnnee, nMois, nJour, nHeure = 0, nMinute = 0, nSeconde = 0, nMilli = 0;
+    if (!Nombre(4, 4, nAnnee) || !Separateur('-') || !Nombre(2, 2, nMois) || !Separateur('-') ||
+        !Nombre(2, 2, nJour))
+        return false;
+    if (nPos < sv.size()) {
+        if (sv[nPos] != 'T' && sv[nPos] != ' ')
+            return false;
+        ++nPos;
+        if (!Nombre(2, 2, nHeure) || !Separateur(':') || !Nombre(2, 2, nMinute))
+            return false;
+        if (Separateur(':')) {
+            if (!Nombre(2, 2, nSeconde))
+                return false;
+            if (Separateur('.')) {
+                size_t nDebut = nPos;
+                if (!Nombre(1, 3, nMilli))
+                    return false;
+                for (size_t n = nPos - nDebut; n < 3; ++n)
+                    nMilli *= 10;
+            }
+        }
+        if (nPos != sv.size())
+            return false;
+    }
+    CDateTime dt;
+    if (nAnnee == 0 || nMois < 1 || nJour < 1 ||
+        nJour > CDateTimeBase::s_nJoursDansMois(nAnnee, nMois) || !dt.bModifieAnnee(nAnnee) ||
+        !dt.bModifieMois(nMois) || !dt.bModifieJour(nJour) || !dt.bModifieHeure(nHeure) ||
+        !dt.bModifieMinute(nMinute) || !dt.bModifieSeconde(nSeconde) || !dt.bModifieMilli(nMilli))
+        return false;
+    dtOut = dt;
+    return true;
+}
+
+std::string CHostValue::s_sFormatDate(const CDateTime& dt) {
+    char sz[40];
+    std::snprintf(sz, sizeof(sz), "%04d-%02d-%02dT%02d:%02d:%02d.%03d", dt.nGetAnnee(),
+                  dt.nGetMois(), dt.nGetJour(), dt.nGetHeure(), dt.nGetMinute(), dt.nGetSeconde(),
+                  dt.nGetMilli());
+    return sz;
+}

@@ -1,0 +1,29 @@
+#include "ObjectPeer.h"
+
+CObjectPeer::CObjectPeer(IObjetBase* piObjet, std::function<void()> fnGone)
+    : m_piObjet(piObjet), m_fnGone(std::move(fnGone)) {}
+
+CObjectPeer::~CObjectPeer() {
+    if (m_fnGone)
+        m_fnGone();
+}
+
+void CObjectPeer::vAddRef() {
+    m_nRef.fetch_add(1, std::memory_order_relaxed);
+}
+
+void CObjectPeer::vRelease() {
+    if (m_nRef.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete this;
+}
+
+int CObjectPeer::vbGetObjetC(void*& pObjet, ITypeDescription* piType, int, CXError*) {
+    // The safe cast does not come back here, as vbGetObjetC would.
+    IObjetComposante* pi = m_piObjet ? m_piObjet->vpiGetIObjetComposante() : nullptr;
+    pObjet = pi && piType ? pi->vpGetSafeObjetC(piType) : nullptr;
+    return pObjet != nullptr;
+}
+
+void CObjectPeer::vNotifieErreurInstance(IVM*, int, CXError*) {
+    ++m_nErrorNotices;
+}
