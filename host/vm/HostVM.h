@@ -10,7 +10,7 @@
 //   bEmpileAny, bEmpileDateHeure, bEmpileChaineA, bAppelleFonctionVM
 //                          the host functions of library 8 the funnels call: 297 URL encoding,
 //                          334 UTC to local time, 335 local time to UTC (the services' host
-//                          functions); without them, "not available" (704001)
+//                          functions); without them, "not available" (708001)
 //   piGetService(8)        the VM's component object, which the registry takes for services
 //                          tied to the VM
 //   piGetAuthentification  the login dialogue, when one was given

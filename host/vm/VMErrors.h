@@ -6,12 +6,12 @@
 class CXError;
 
 enum eVMERROR : unsigned {
-    VMERROR_FUNCTION_UNAVAILABLE = 704001, // a host function the VM does not offer
-    VMERROR_BAD_PARAMETERS = 704002,       // a host function called with what it cannot take
-    VMERROR_ARRAY_INDEX = 704003,          // an array index out of range
-    VMERROR_ARRAY_TYPE = 704004,           // a value an array cannot hold
-    VMERROR_NO_SERVICE = 704005,           // a service of the VM it does not have
-    VMERROR_MEMORY = 704006,               // the allocator refused
+    VMERROR_FUNCTION_UNAVAILABLE = 708001, // a host function the VM does not offer
+    VMERROR_BAD_PARAMETERS = 708002,       // a host function called with what it cannot take
+    VMERROR_ARRAY_INDEX = 708003,          // an array index out of range
+    VMERROR_ARRAY_TYPE = 708004,           // a value an array cannot hold
+    VMERROR_NO_SERVICE = 708005,           // a service of the VM it does not have
+    VMERROR_MEMORY = 708006,               // the allocator refused
 };
 
 namespace KVHostVM {
