@@ -1542,34 +1542,23 @@ int CAny::nGetBitField_64(unsigned long& nBits) const {
     });
 }
 
-int CAny::nGetREAL(double* pr) const {
-    if (!pr)
+namespace {
+// A reading of the value through one conversion of the neutral form.
+template <class T> int s_nLitVers(const CAny& cl, T* p, int (*pfnVers)(const STAnyNeutre&, T&)) {
+    if (!p)
         return KV_ERR_PARAMETRE;
     return s_nProtege([&]() -> int {
         STAnyNeutre st;
-        int nRes = nLit(st, 0);
-        return KV_bSucces(nRes) ? s_nVersReel(st, *pr) : nRes;
+        int nRes = cl.pclGetIntern()->vnLit(st, 0);
+        return KV_bSucces(nRes) ? pfnVers(st, *p) : nRes;
     });
 }
+} // namespace
 
-int CAny::nGetBool(bool* pb) const {
-    if (!pb)
-        return KV_ERR_PARAMETRE;
-    return s_nProtege([&]() -> int {
-        STAnyNeutre st;
-        int nRes = nLit(st, 0);
-        return KV_bSucces(nRes) ? s_nVersBooleen(st, *pb) : nRes;
-    });
-}
-
+int CAny::nGetREAL(double* pr) const { return s_nLitVers(*this, pr, s_nVersReel); }
+int CAny::nGetBool(bool* pb) const { return s_nLitVers(*this, pb, s_nVersBooleen); }
 int CAny::nGetDateTime(CDateTime* pclDate) const {
-    if (!pclDate)
-        return KV_ERR_PARAMETRE;
-    return s_nProtege([&]() -> int {
-        STAnyNeutre st;
-        int nRes = nLit(st, 0);
-        return KV_bSucces(nRes) ? s_nVersDateHeure(st, *pclDate) : nRes;
-    });
+    return s_nLitVers(*this, pclDate, s_nVersDateHeure);
 }
 
 IInterfaceObjetBase* CAny::piGetObjet() const {
