@@ -3,6 +3,7 @@
 #include "Host.h"
 #include "HostServices.h"
 #include "LuaObjects.h"
+#include "LuaRaise.h"
 #include "LuaValues.h"
 #include "Utf8.h"
 
@@ -27,31 +28,10 @@ CHost& s_Host() {
     return gpstHost->clHost;
 }
 
-// Raises what the work left on top: a message given the caller's position, or an error table.
-int s_nRaise(lua_State* L) {
-    if (lua_type(L, -1) == LUA_TSTRING) {
-        luaL_where(L, 1);
-        lua_insert(L, -2);
-        lua_concat(L, 2);
-    }
-    return lua_error(L);
-}
-
-using FNWork = int (*)(lua_State*);
-template <FNWork fn> int s_lCall(lua_State* L) {
-    int n = fn(L);
-    return n < 0 ? s_nRaise(L) : n;
-}
-
-int s_nMessage(lua_State* L, const std::string& s) {
-    lua_pushlstring(L, s.data(), s.size());
-    return -1;
-}
-
 // The value and, when the component left an error, the error table.
 int s_nOutcome(lua_State* L, const STHostOutcome& st) {
     if (!st.sRefusal.empty())
-        return s_nMessage(L, st.sRefusal);
+        return KVLua::nPushMessage(L, st.sRefusal);
     CLuaValues::s_Push(L, st.clValue);
     if (!st.bError)
         return 1;
@@ -103,7 +83,7 @@ int s_nFunction(lua_State* L) {
 
 void s_PushFunction(lua_State* L, int nFunction) {
     lua_pushinteger(L, nFunction);
-    lua_pushcclosure(L, s_lCall<s_nFunction>, 1);
+    lua_pushcclosure(L, KVLua::lCall<s_nFunction>, 1);
 }
 
 int s_nConstruct(lua_State* L) {
@@ -119,7 +99,7 @@ int s_nConstruct(lua_State* L) {
 
 // A type the component declares without a class: using it says so.
 int s_nDeclaredOnly(lua_State* L) {
-    return s_nMessage(L, std::string("type '") + lua_tostring(L, lua_upvalueindex(1)) +
+    return KVLua::nPushMessage(L, std::string("type '") + lua_tostring(L, lua_upvalueindex(1)) +
                              "' is declared by the component but has no class");
 }
 
@@ -137,12 +117,12 @@ int s_nResolve(lua_State* L) {
         s_PushFunction(L, f);
     } else if (int c = cl.nFindClass(sv); c >= 0) {
         lua_pushinteger(L, c);
-        lua_pushcclosure(L, s_lCall<s_nConstruct>, 1);
+        lua_pushcclosure(L, KVLua::lCall<s_nConstruct>, 1);
     } else if (int k = cl.nFindConstant(sv); k >= 0) {
         CLuaValues::s_Push(L, s_Host().clConstant(k));
     } else if (int t = cl.nFindTypeRef(sv); t >= 0) {
         lua_pushstring(L, cl.tabTypeRefs()[static_cast<size_t>(t)].sName.c_str());
-        lua_pushcclosure(L, s_lCall<s_nDeclaredOnly>, 1);
+        lua_pushcclosure(L, KVLua::lCall<s_nDeclaredOnly>, 1);
     } else {
         lua_pushnil(L);
         return 1;
@@ -157,7 +137,7 @@ int s_nResolve(lua_State* L) {
 
 int s_nNew(lua_State* L) {
     if (lua_type(L, 1) != LUA_TSTRING)
-        return s_nMessage(L, std::string("bad argument #1 to 'new' (string expected, got ") +
+        return KVLua::nPushMessage(L, std::string("bad argument #1 to 'new' (string expected, got ") +
                                  luaL_typename(L, 1) + ")");
     std::string sType = lua_tostring(L, 1);
     std::vector<CHostValue> tab;
@@ -198,7 +178,7 @@ int s_nDeserialize(lua_State* L) {
     int nSauve = lua_gettop(L) >= 2 ? 2 : 1;
     for (int i = 1; i <= nSauve; ++i)
         if (lua_type(L, i) != LUA_TSTRING)
-            return s_nMessage(L, "bad argument #" + std::to_string(i) +
+            return KVLua::nPushMessage(L, "bad argument #" + std::to_string(i) +
                                      " to 'deserialize' (string expected, got " +
                                      luaL_typename(L, i) + ")");
     std::string sType = nSauve == 2 ? lua_tostring(L, 1) : "";
@@ -224,7 +204,7 @@ int s_nReset(lua_State* L) {
         return -1;
     STHostOutcome st;
     if (!s_Host().bReset(pi, st))
-        return s_nMessage(L, st.sRefusal);
+        return KVLua::nPushMessage(L, st.sRefusal);
     st.clValue = CHostValue::s_Boolean(!st.bError);
     return s_nOutcome(L, st);
 }
@@ -375,7 +355,7 @@ int s_nOpenWork(lua_State* L) {
         std::string sErreur;
         if (!pst->clHost.bLoad(pst->sPath, sErreur)) {
             delete pst;
-            return s_nMessage(L, "kvggl: " + sErreur);
+            return KVLua::nPushMessage(L, "kvggl: " + sErreur);
         }
         gpstHost = pst;
     }
@@ -393,18 +373,18 @@ int s_nOpenWork(lua_State* L) {
     CLuaObjects::s_Register(L, &s_Host());
     CLuaObjects::ms_pfnPushFunction = s_PushFunction;
 
-    const luaL_Reg tab[] = {{"new", s_lCall<s_nNew>},
+    const luaL_Reg tab[] = {{"new", KVLua::lCall<s_nNew>},
                             {"check", s_lCheck},
-                            {"serialize", s_lCall<s_nSerialize>},
-                            {"deserialize", s_lCall<s_nDeserialize>},
-                            {"copy", s_lCall<s_nCopy>},
-                            {"reset", s_lCall<s_nReset>},
-                            {"describe", s_lCall<s_nDescribe>},
-                            {"status", s_lCall<s_nStatus>},
+                            {"serialize", KVLua::lCall<s_nSerialize>},
+                            {"deserialize", KVLua::lCall<s_nDeserialize>},
+                            {"copy", KVLua::lCall<s_nCopy>},
+                            {"reset", KVLua::lCall<s_nReset>},
+                            {"describe", KVLua::lCall<s_nDescribe>},
+                            {"status", KVLua::lCall<s_nStatus>},
                             {nullptr, nullptr}};
     luaL_newlib(L, tab);
     lua_createtable(L, 0, 1);
-    lua_pushcfunction(L, s_lCall<s_nResolve>);
+    lua_pushcfunction(L, KVLua::lCall<s_nResolve>);
     lua_setfield(L, -2, "__index");
     lua_setmetatable(L, -2);
     return 1;

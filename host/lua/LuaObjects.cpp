@@ -1,6 +1,7 @@
 #include "LuaObjects.h"
 
 #include "Host.h"
+#include "LuaRaise.h"
 #include "LuaValues.h"
 
 #include <lua.hpp>
@@ -28,32 +29,9 @@ STLuaCollection* s_pCollection(lua_State* L, int i) {
     return static_cast<STLuaCollection*>(luaL_testudata(L, i, CLuaObjects::kszCollectionMeta));
 }
 
-// Raises what the work left on top of the stack: a message (given the caller's position, as
-// luaL_error would) or an error table. No C++ value of the work is alive any more.
-int s_nRaise(lua_State* L) {
-    if (lua_type(L, -1) == LUA_TSTRING) {
-        luaL_where(L, 1);
-        lua_insert(L, -2);
-        lua_concat(L, 2);
-    }
-    return lua_error(L);
-}
-
-// The C++ side of a metamethod: a count of results, or -1 with the error pushed.
-using FNTravail = int (*)(lua_State*);
-template <FNTravail fn> int s_lAppel(lua_State* L) {
-    int n = fn(L);
-    return n < 0 ? s_nRaise(L) : n;
-}
-
-int s_nPushMessage(lua_State* L, const std::string& s) {
-    lua_pushlstring(L, s.data(), s.size());
-    return -1;
-}
-
 int s_nPushError(lua_State* L, const STHostOutcome& st) {
     if (!st.sRefusal.empty())
-        return s_nPushMessage(L, st.sRefusal);
+        return KVLua::nPushMessage(L, st.sRefusal);
     CLuaValues::s_PushError(L, st);
     return -1;
 }
@@ -84,10 +62,10 @@ void s_PushCollection(lua_State* L, CRef<IObjetCollection> clListe, IObjetBase* 
 int s_nObjetIndex(lua_State* L) {
     IObjetBase* pi = CLuaObjects::s_piObject(L, 1);
     if (!pi)
-        return s_nPushMessage(L, "not an object of kvggl");
+        return KVLua::nPushMessage(L, "not an object of kvggl");
     int nClasse = gpclHost->nClassOf(pi);
     if (lua_type(L, 2) != LUA_TSTRING)
-        return s_nPushMessage(L, s_sNomClasse(nClasse) + " is indexed by names");
+        return KVLua::nPushMessage(L, s_sNomClasse(nClasse) + " is indexed by names");
     size_t nLongueur = 0;
     const char* psz = lua_tolstring(L, 2, &nLongueur);
     std::string_view svNom(psz, nLongueur);
@@ -111,31 +89,31 @@ int s_nObjetIndex(lua_State* L) {
         CLuaObjects::ms_pfnPushFunction(L, nFonction);
         return 1;
     }
-    return s_nPushMessage(L, s_sNomClasse(nClasse) + " has no property, collection or function '" +
+    return KVLua::nPushMessage(L, s_sNomClasse(nClasse) + " has no property, collection or function '" +
                                  std::string(svNom) + "'");
 }
 
 int s_nObjetNewIndex(lua_State* L) {
     IObjetBase* pi = CLuaObjects::s_piObject(L, 1);
     if (!pi)
-        return s_nPushMessage(L, "not an object of kvggl");
+        return KVLua::nPushMessage(L, "not an object of kvggl");
     int nClasse = gpclHost->nClassOf(pi);
     if (lua_type(L, 2) != LUA_TSTRING)
-        return s_nPushMessage(L, s_sNomClasse(nClasse) + " is indexed by names");
+        return KVLua::nPushMessage(L, s_sNomClasse(nClasse) + " is indexed by names");
     size_t nLongueur = 0;
     const char* psz = lua_tolstring(L, 2, &nLongueur);
     std::string sNom(psz, nLongueur);
     int m = gpclHost->clTables().nFindMember(nClasse, sNom);
     if (m == INT32_MIN)
-        return s_nPushMessage(L, s_sNomClasse(nClasse) + " has no property '" + sNom + "'");
+        return KVLua::nPushMessage(L, s_sNomClasse(nClasse) + " has no property '" + sNom + "'");
     if (m < 0)
-        return s_nPushMessage(L, "collection '" + sNom + "' of " + s_sNomClasse(nClasse) +
+        return KVLua::nPushMessage(L, "collection '" + sNom + "' of " + s_sNomClasse(nClasse) +
                                      " is changed through its :add, :insert, :remove, :clear, "
                                      ":move and :swap");
     CHostValue clValeur;
     std::string sPourquoi;
     if (!CLuaValues::s_bToHost(L, 3, clValeur, sPourquoi))
-        return s_nPushMessage(L, "bad value for property '" + sNom + "' of " +
+        return KVLua::nPushMessage(L, "bad value for property '" + sNom + "' of " +
                                      s_sNomClasse(nClasse) + " (" + sPourquoi + ")");
     STHostOutcome st;
     if (!gpclHost->bSet(pi, m, clValeur, st) || st.bError)
@@ -209,7 +187,7 @@ int s_nCollectionIndex(lua_State* L) {
         lua_pushvalue(L, 2);
         if (lua_rawget(L, lua_upvalueindex(1)) != LUA_TNIL)
             return 1;
-        return s_nPushMessage(L, "a collection has no member '" + std::string(lua_tostring(L, 2)) +
+        return KVLua::nPushMessage(L, "a collection has no member '" + std::string(lua_tostring(L, 2)) +
                                      "' (it has add, insert, remove, clear, move, swap, count)");
     }
     int nEst = 0;
@@ -235,7 +213,7 @@ int s_nCollectionLen(lua_State* L) {
 }
 
 int s_nCollectionNewIndex(lua_State* L) {
-    return s_nPushMessage(L, s_sNomCollection(s_pCollection(L, 1)) +
+    return KVLua::nPushMessage(L, s_sNomCollection(s_pCollection(L, 1)) +
                                  " is changed through its :add, :insert, :remove, :clear, :move "
                                  "and :swap");
 }
@@ -375,12 +353,12 @@ void (*CLuaObjects::ms_pfnPushFunction)(lua_State* L, int nFunction) = nullptr;
 void CLuaObjects::s_Register(lua_State* L, CHost* pclHost) {
     gpclHost = pclHost;
     if (luaL_newmetatable(L, kszObjectMeta)) {
-        const luaL_Reg tab[] = {{"__index", s_lAppel<s_nObjetIndex>},
-                                {"__newindex", s_lAppel<s_nObjetNewIndex>},
+        const luaL_Reg tab[] = {{"__index", KVLua::lCall<s_nObjetIndex>},
+                                {"__newindex", KVLua::lCall<s_nObjetNewIndex>},
                                 {"__gc", s_lObjetGc},
                                 {"__eq", s_lObjetEq},
                                 {"__tostring", s_lObjetToString},
-                                {"__pairs", s_lAppel<s_nObjetPairs>},
+                                {"__pairs", KVLua::lCall<s_nObjetPairs>},
                                 {nullptr, nullptr}};
         luaL_setfuncs(L, tab, 0);
         // Scripts see a name, not the metatable: its finaliser is not theirs to call.
@@ -390,15 +368,15 @@ void CLuaObjects::s_Register(lua_State* L, CHost* pclHost) {
     lua_pop(L, 1);
     if (luaL_newmetatable(L, kszCollectionMeta)) {
         const luaL_Reg tabMethodes[] = {
-            {"add", s_lAppel<s_nAdd>},       {"insert", s_lAppel<s_nInsert>},
-            {"remove", s_lAppel<s_nRemove>}, {"clear", s_lAppel<s_nClear>},
-            {"move", s_lAppel<s_nMove>},     {"swap", s_lAppel<s_nSwap>},
-            {"count", s_lAppel<s_nCount>},   {nullptr, nullptr}};
+            {"add", KVLua::lCall<s_nAdd>},       {"insert", KVLua::lCall<s_nInsert>},
+            {"remove", KVLua::lCall<s_nRemove>}, {"clear", KVLua::lCall<s_nClear>},
+            {"move", KVLua::lCall<s_nMove>},     {"swap", KVLua::lCall<s_nSwap>},
+            {"count", KVLua::lCall<s_nCount>},   {nullptr, nullptr}};
         luaL_newlib(L, tabMethodes);
-        lua_pushcclosure(L, s_lAppel<s_nCollectionIndex>, 1);
+        lua_pushcclosure(L, KVLua::lCall<s_nCollectionIndex>, 1);
         lua_setfield(L, -2, "__index");
-        const luaL_Reg tab[] = {{"__len", s_lAppel<s_nCollectionLen>},
-                                {"__newindex", s_lAppel<s_nCollectionNewIndex>},
+        const luaL_Reg tab[] = {{"__len", KVLua::lCall<s_nCollectionLen>},
+                                {"__newindex", KVLua::lCall<s_nCollectionNewIndex>},
                                 {"__gc", s_lCollectionGc},
                                 {"__tostring", s_lCollectionToString},
                                 {nullptr, nullptr}};
