@@ -562,14 +562,24 @@ bool CHost::_bRun(const char* pszOperation, eRESULTATOBJET e, CXError& clErreur,
     return true;
 }
 
-bool CHost::bAdd(IObjetCollection* pi, const CHostValue& clElement, STHostOutcome& st) {
+// The editable side, and a check of the element the script gives (nil asks for a new one).
+IObjetCollectionModifiable* CHost::_piEditableFor(IObjetCollection* pi,
+                                                   const CHostValue& clElement, int nArgument,
+                                                   const char* pszOperation, STHostOutcome& st) {
     st = {};
     IObjetCollectionModifiable* piM = _piEditable(pi, st);
+    if (piM && !clElement.bNil() && clElement.eKind() != CHostValue::KIND_OBJECT) {
+        st.bRefuse("bad argument #" + std::to_string(nArgument) + " to '" + pszOperation +
+                   "' (object expected, got " + clElement.pszKindName() + ")");
+        return nullptr;
+    }
+    return piM;
+}
+
+bool CHost::bAdd(IObjetCollection* pi, const CHostValue& clElement, STHostOutcome& st) {
+    IObjetCollectionModifiable* piM = _piEditableFor(pi, clElement, 1, "add", st);
     if (!piM)
         return false;
-    if (!clElement.bNil() && clElement.eKind() != CHostValue::KIND_OBJECT)
-        return st.bRefuse(std::string("bad argument #1 to 'add' (object expected, got ") +
-                          clElement.pszKindName() + ")");
     CCallContext clCtx(&m_clVM);
     CXError clErreur;
     int nPosition = -1;
@@ -585,13 +595,9 @@ bool CHost::bAdd(IObjetCollection* pi, const CHostValue& clElement, STHostOutcom
 
 bool CHost::bInsert(IObjetCollection* pi, int nIndice, const CHostValue& clElement,
                     STHostOutcome& st) {
-    st = {};
-    IObjetCollectionModifiable* piM = _piEditable(pi, st);
+    IObjetCollectionModifiable* piM = _piEditableFor(pi, clElement, 2, "insert", st);
     if (!piM)
         return false;
-    if (!clElement.bNil() && clElement.eKind() != CHostValue::KIND_OBJECT)
-        return st.bRefuse(std::string("bad argument #2 to 'insert' (object expected, got ") +
-                          clElement.pszKindName() + ")");
     CCallContext clCtx(&m_clVM);
     CXError clErreur;
     eRESULTATOBJET e =

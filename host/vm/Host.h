@@ -124,6 +124,9 @@ private:
     unsigned _nServedTypeRef(size_t nFunction) const;
     bool _bRun(const char* pszOperation, eRESULTATOBJET e, CXError& clErreur, STHostOutcome& st);
     IObjetCollectionModifiable* _piEditable(IObjetCollection* pi, STHostOutcome& st);
+    IObjetCollectionModifiable* _piEditableFor(IObjetCollection* pi, const CHostValue& clElement,
+                                               int nArgument, const char* pszOperation,
+                                               STHostOutcome& st);
 
     CComponentLoader m_clLoader;
     CHostLibShop m_clLibShop;
