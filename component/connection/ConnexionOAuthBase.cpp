@@ -135,18 +135,40 @@ CHTTPResponse CConnexionOAuthBase::__PATCH(IVM* piVM, CHTTPRequete& clRequete,
     return __HTTPAvecDonnees(piVM, clRequete, HTTPPATCH, pclErreur);
 }
 
+// The record of an exchange, before its URL and body: the host's header set filled with the
+// request's headers, and its content type. False when no exchange can be made.
+bool CConnexionOAuthBase::_bPrepareRecord(IVM* piVM, CHTTPRequete& clRequete,
+                                          CParametresHTTPRequete& clParametres,
+                                          CXError* pclErreur) {
+    if (!piVM || !pclErreur)
+        return false;
+    IHTTP* piHTTP = piGetCOM(pclErreur);
+    if (!pclErreur->bEstPropre() || !piHTTP)
+        return false;
+    clParametres.AdopteEntetes(piHTTP->vpiCreeEntetes());
+    clRequete.RemplitEntetesHTTP(clParametres.m_piEntetes);
+    return true;
+}
+
+// Sends the record with the bearer and reads the answer. A connection without a token still
+// sends the request, with a bare bearer.
+bool CConnexionOAuthBase::_bEnvoie(IVM* piVM, CHTTPRequete& clRequete,
+                                   CParametresHTTPRequete& clParametres, CHTTPResponse& clReponse,
+                                   CXError* pclErreur) {
+    CXYString<wchar_t> sToken;
+    (void)vbGetAccessToken(clRequete, sToken);
+    if (!__bHTTPRequete(piVM, clParametres, sToken, pclErreur))
+        return false;
+    clReponse = _clGetHTTPResponse(piVM, pclErreur);
+    return true;
+}
+
 CHTTPResponse CConnexionOAuthBase::__HTTPSansDonnes(IVM* piVM, CHTTPRequete& clRequete,
                                                     HTTPMethod eMethode, CXError* pclErreur) {
     CHTTPResponse clReponse;
-    if (!piVM || !pclErreur)
-        return clReponse;
     CParametresHTTPRequete clParametres;
-    IHTTP* piHTTP = piGetCOM(pclErreur);
-    if (!pclErreur->bEstPropre() || !piHTTP)
+    if (!_bPrepareRecord(piVM, clRequete, clParametres, pclErreur))
         return clReponse;
-
-    clParametres.AdopteEntetes(piHTTP->vpiCreeEntetes());
-    clRequete.RemplitEntetesHTTP(clParametres.m_piEntetes);
     clParametres.m_sTypeContenu = CXYString<wchar_t>(clRequete.pszGetContentType());
     clParametres.m_sURL = __czConstruitURLAvecParametres(piVM, clRequete, pclErreur);
     clParametres.m_nMethode = eMethode;
@@ -154,12 +176,8 @@ CHTTPResponse CConnexionOAuthBase::__HTTPSansDonnes(IVM* piVM, CHTTPRequete& clR
     if (!pclErreur->bEstPropre())
         return clReponse;
 
-    // A connection without a token still sends the request, with a bare bearer.
-    CXYString<wchar_t> sToken;
-    (void)vbGetAccessToken(clRequete, sToken);
-    if (!__bHTTPRequete(piVM, clParametres, sToken, pclErreur))
+    if (!_bEnvoie(piVM, clRequete, clParametres, clReponse, pclErreur))
         return clReponse;
-    clReponse = _clGetHTTPResponse(piVM, pclErreur);
 
     if (s_bEstRedirection(clReponse.eGetCodeRetour())) {
         // The new address is fetched by GET, without the parameters and headers of the first
@@ -176,15 +194,9 @@ CHTTPResponse CConnexionOAuthBase::__HTTPSansDonnes(IVM* piVM, CHTTPRequete& clR
 CHTTPResponse CConnexionOAuthBase::__HTTPAvecDonnees(IVM* piVM, CHTTPRequete& clRequete,
                                                      HTTPMethod eMethode, CXError* pclErreur) {
     CHTTPResponse clReponse;
-    if (!piVM || !pclErreur)
-        return clReponse;
     CParametresHTTPRequete clParametres;
-    IHTTP* piHTTP = piGetCOM(pclErreur);
-    if (!pclErreur->bEstPropre() || !piHTTP)
+    if (!_bPrepareRecord(piVM, clRequete, clParametres, pclErreur))
         return clReponse;
-
-    clParametres.AdopteEntetes(piHTTP->vpiCreeEntetes());
-    clRequete.RemplitEntetesHTTP(clParametres.m_piEntetes);
     clParametres.m_clCorps = __RecupDonnees(piVM, clRequete, pclErreur);
     clParametres.m_sTypeContenu = CXYString<wchar_t>(clRequete.pszGetContentType());
     // A form carries its parameters in the body; any other type carries them in the query.
@@ -196,11 +208,8 @@ CHTTPResponse CConnexionOAuthBase::__HTTPAvecDonnees(IVM* piVM, CHTTPRequete& cl
     if (!pclErreur->bEstPropre())
         return clReponse;
 
-    CXYString<wchar_t> sToken;
-    (void)vbGetAccessToken(clRequete, sToken);
-    if (!__bHTTPRequete(piVM, clParametres, sToken, pclErreur))
+    if (!_bEnvoie(piVM, clRequete, clParametres, clReponse, pclErreur))
         return clReponse;
-    clReponse = _clGetHTTPResponse(piVM, pclErreur);
 
     if (s_bEstRedirection(clReponse.eGetCodeRetour())) {
         // The whole request goes again, body, parameters and headers, and always by POST.

@@ -75,6 +75,10 @@ private:
                                    CXError* pclErreur);
     CHTTPResponse __HTTPAvecDonnees(IVM* piVM, CHTTPRequete& clRequete, HTTPMethod eMethode,
                                     CXError* pclErreur);
+    bool _bPrepareRecord(IVM* piVM, CHTTPRequete& clRequete, CParametresHTTPRequete& clParametres,
+                         CXError* pclErreur);
+    bool _bEnvoie(IVM* piVM, CHTTPRequete& clRequete, CParametresHTTPRequete& clParametres,
+                  CHTTPResponse& clReponse, CXError* pclErreur);
     // The bytes to send: the encoded parameters for a form, else the request's data.
     CKLBIN __RecupDonnees(IVM* piVM, CHTTPRequete& clRequete, CXError* pclErreur);
     CXYString<wchar_t> __czConstruitURLAvecParametres(IVM* piVM, CHTTPRequete& clRequete,
