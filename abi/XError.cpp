@@ -16,6 +16,15 @@
 #include <string>
 #include <utility>
 
+// A variadic form hands its arguments to its va_list form.
+#define KV_VARIADIQUE(FonctionList, Dernier, ...)                                                  \
+    {                                                                                              \
+        va_list args;                                                                              \
+        va_start(args, Dernier);                                                                   \
+        FonctionList(__VA_ARGS__, args);                                                           \
+        va_end(args);                                                                              \
+    }
+
 namespace {
 
 const wchar_t kszCRLF[] = L"\r\n";
@@ -313,26 +322,20 @@ void CXError::_AjouteRessource(const _stMyModuleInfo* pstModInfo, unsigned nRess
     }
 }
 
-void CXError::SetUserError(const _stMyModuleInfo* pstModInfo, unsigned nCode, ...) {
-    va_list args;
-    va_start(args, nCode);
-    SetUserErrorList(pstModInfo, nCode, args);
-    va_end(args);
-}
+void CXError::SetUserError(const _stMyModuleInfo* pstModInfo, unsigned nCode, ...)
+    KV_VARIADIQUE(SetUserErrorList, nCode, pstModInfo, nCode)
 
-void CXError::SetUserErrorList(const _stMyModuleInfo* pstModInfo, unsigned nCode, va_list args) {
+        void CXError::SetUserErrorList(const _stMyModuleInfo* pstModInfo, unsigned nCode,
+                                       va_list args) {
     RAZ();
     ChangeUserErrorList(pstModInfo, nCode, args);
 }
 
-void CXError::ChangeUserError(const _stMyModuleInfo* pstModInfo, unsigned nCode, ...) {
-    va_list args;
-    va_start(args, nCode);
-    ChangeUserErrorList(pstModInfo, nCode, args);
-    va_end(args);
-}
+void CXError::ChangeUserError(const _stMyModuleInfo* pstModInfo, unsigned nCode, ...)
+    KV_VARIADIQUE(ChangeUserErrorList, nCode, pstModInfo, nCode)
 
-void CXError::ChangeUserErrorList(const _stMyModuleInfo* pstModInfo, unsigned nCode, va_list args) {
+        void CXError::ChangeUserErrorList(const _stMyModuleInfo* pstModInfo, unsigned nCode,
+                                          va_list args) {
     InitModInfo(pstModInfo);
     const STErrorDef* pstLigne = s_pstChercheCode(pstModInfo, nCode);
     if (!pstLigne) {
@@ -360,27 +363,19 @@ void CXError::SetUserErrorMessage(const _stMyModuleInfo* pstModInfo, unsigned nC
     _Joint(&m_pszUserMessage, pszTexte, false);
 }
 
-void CXError::AddUserMessage(const _stMyModuleInfo* pstModInfo, unsigned nRessource, ...) {
-    va_list args;
-    va_start(args, nRessource);
-    AddUserMessageList(pstModInfo, nRessource, args);
-    va_end(args);
-}
+void CXError::AddUserMessage(const _stMyModuleInfo* pstModInfo, unsigned nRessource, ...)
+    KV_VARIADIQUE(AddUserMessageList, nRessource, pstModInfo, nRessource)
 
-void CXError::AddUserMessageList(const _stMyModuleInfo* pstModInfo, unsigned nRessource,
-                                 va_list args) {
+        void CXError::AddUserMessageList(const _stMyModuleInfo* pstModInfo, unsigned nRessource,
+                                         va_list args) {
     _AjouteRessource(pstModInfo, nRessource, args, true, false);
 }
 
-void CXError::AddUserMessageFirst(const _stMyModuleInfo* pstModInfo, unsigned nRessource, ...) {
-    va_list args;
-    va_start(args, nRessource);
-    AddUserMessageFirstList(pstModInfo, nRessource, args);
-    va_end(args);
-}
+void CXError::AddUserMessageFirst(const _stMyModuleInfo* pstModInfo, unsigned nRessource, ...)
+    KV_VARIADIQUE(AddUserMessageFirstList, nRessource, pstModInfo, nRessource)
 
-void CXError::AddUserMessageFirstList(const _stMyModuleInfo* pstModInfo, unsigned nRessource,
-                                      va_list args) {
+        void CXError::AddUserMessageFirstList(const _stMyModuleInfo* pstModInfo,
+                                              unsigned nRessource, va_list args) {
     _AjouteRessource(pstModInfo, nRessource, args, true, true);
 }
 
@@ -396,14 +391,10 @@ void CXError::AddUserMessageNoFormat(const wchar_t* pszTexte) {
     _Joint(&m_pszUserMessage, pszTexte, false);
 }
 
-void CXError::AddDebugMessagePrintf(const wchar_t* pszFormat, ...) {
-    va_list args;
-    va_start(args, pszFormat);
-    AddDebugMessagePrintfList(pszFormat, args);
-    va_end(args);
-}
+void CXError::AddDebugMessagePrintf(const wchar_t* pszFormat, ...)
+    KV_VARIADIQUE(AddDebugMessagePrintfList, pszFormat, pszFormat)
 
-void CXError::AddDebugMessagePrintfList(const wchar_t* pszFormat, va_list args) {
+        void CXError::AddDebugMessagePrintfList(const wchar_t* pszFormat, va_list args) {
     std::wstring s;
     try {
         if (s_bVPrintf(s, pszFormat, args))
@@ -417,27 +408,19 @@ void CXError::AddDebugMessageNoFormat(const wchar_t* pszTexte) {
     _Joint(&m_pszDebugMessage, pszTexte, false);
 }
 
-void CXError::AddDebugMessage(const _stMyModuleInfo* pstModInfo, unsigned nRessource, ...) {
-    va_list args;
-    va_start(args, nRessource);
-    AddDebugMessageList(pstModInfo, nRessource, args);
-    va_end(args);
-}
+void CXError::AddDebugMessage(const _stMyModuleInfo* pstModInfo, unsigned nRessource, ...)
+    KV_VARIADIQUE(AddDebugMessageList, nRessource, pstModInfo, nRessource)
 
-void CXError::AddDebugMessageList(const _stMyModuleInfo* pstModInfo, unsigned nRessource,
-                                  va_list args) {
+        void CXError::AddDebugMessageList(const _stMyModuleInfo* pstModInfo, unsigned nRessource,
+                                          va_list args) {
     _AjouteRessource(pstModInfo, nRessource, args, false, false);
 }
 
-void CXError::AddDebugMessageFirst(const _stMyModuleInfo* pstModInfo, unsigned nRessource, ...) {
-    va_list args;
-    va_start(args, nRessource);
-    AddDebugMessageFirstList(pstModInfo, nRessource, args);
-    va_end(args);
-}
+void CXError::AddDebugMessageFirst(const _stMyModuleInfo* pstModInfo, unsigned nRessource, ...)
+    KV_VARIADIQUE(AddDebugMessageFirstList, nRessource, pstModInfo, nRessource)
 
-void CXError::AddDebugMessageFirstList(const _stMyModuleInfo* pstModInfo, unsigned nRessource,
-                                       va_list args) {
+        void CXError::AddDebugMessageFirstList(const _stMyModuleInfo* pstModInfo,
+                                               unsigned nRessource, va_list args) {
     _AjouteRessource(pstModInfo, nRessource, args, false, true);
 }
 
