@@ -15,6 +15,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <strings.h>
 #include <unistd.h>
 
 #ifndef KVGGL_VERSION
@@ -95,6 +96,28 @@ size_t s_nOnBody(char* p, size_t nSize, size_t nCount, void* pv) {
         return 0;
     }
     return nBytes;
+}
+
+// The Location of a head as the server wrote it, blanks around it removed; "" when none.
+std::string s_sLocation(std::string_view svHead) {
+    constexpr std::string_view svName = "location:";
+    for (size_t nPos = 0; nPos < svHead.size();) {
+        size_t nEnd = svHead.find("\r\n", nPos);
+        if (nEnd == std::string_view::npos)
+            nEnd = svHead.size();
+        std::string_view svLine = svHead.substr(nPos, nEnd - nPos);
+        nPos = nEnd + 2;
+        if (svLine.size() < svName.size() ||
+            strncasecmp(svLine.data(), svName.data(), svName.size()) != 0)
+            continue;
+        svLine.remove_prefix(svName.size());
+        while (!svLine.empty() && (svLine.front() == ' ' || svLine.front() == '\t'))
+            svLine.remove_prefix(1);
+        while (!svLine.empty() && (svLine.back() == ' ' || svLine.back() == '\t'))
+            svLine.remove_suffix(1);
+        return std::string(svLine);
+    }
+    return {};
 }
 
 std::string s_sMegabytes(curl_off_t n) {
@@ -411,6 +434,12 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
         m_clError.SetErrorNoMemory();
         return false;
     }
+    // Only a request to where the last redirect pointed (as written, or resolved) continues
+    // its chain: separate calls that each end on a redirect their caller does not follow (a
+    // 303, a 307) are no loop.
+    auto StartsWith = [&](const std::string& s) { return stRequest.sUrl.rfind(s, 0) == 0; };
+    if (m_nRedirects > 0 && !StartsWith(m_sRedirectTarget) && !StartsWith(m_sRedirectResolved))
+        m_nRedirects = 0;
     STUrlParts stParts;
     if (!CRouting::s_bSplitUrl(stRequest.sUrl, stParts)) {
         KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
@@ -634,14 +663,15 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
     long nStatus = 0;
     curl_easy_getinfo(pCurl, CURLINFO_RESPONSE_CODE, &nStatus);
     if (nStatus >= 300 && nStatus < 400 && nStatus != 304) {
+        const char* pszTarget = nullptr;
+        curl_easy_getinfo(pCurl, CURLINFO_REDIRECT_URL, &pszTarget);
+        m_sRedirectTarget = s_sLocation(stTransfer.sHead);
+        m_sRedirectResolved = pszTarget ? pszTarget : "";
         if (++m_nRedirects > knMaxRedirects) {
             m_nRedirects = 0;
-            const char* pszTarget = nullptr;
-            curl_easy_getinfo(pCurl, CURLINFO_REDIRECT_URL, &pszTarget);
             KVHost::SetError(
                 m_clError, HOSTERROR_HTTP_REDIRECT_LOOP,
-                sPeer + " answered a redirect for the " + std::to_string(knMaxRedirects + 1) +
-                    "th time in a row" +
+                sPeer + " answered " + std::to_string(knMaxRedirects + 1) + " redirects in a row" +
                     (pszTarget ? std::string(" (to ") + pszTarget + ")" : std::string()) +
                     "; the chain was stopped",
                 sDetail);

@@ -12,7 +12,9 @@
 //   - redirects are never followed: a 3xx is an answer like any other, so that the
 //     component's own redirect rules run. The 21st 3xx (304 aside) in a row on one service
 //     is refused with HOSTERROR_HTTP_REDIRECT_LOOP, so that no loop can exhaust the caller;
-//     any other answer starts the count again;
+//     any other answer starts the count again, and so does a request whose URL does not
+//     begin with the Location of the last 3xx, as written or resolved (a new call, not the
+//     next hop);
 //   - a progress line on stderr for transfers over 1 MB (KVGGL_PROGRESS).
 // Failures are HostErrors.h codes with an English message naming the host and the cause.
 //
@@ -96,7 +98,9 @@ private:
     void* m_pCurl = nullptr;   // the libcurl easy handle, kept for its live connections
     CXError m_clError;
     IVM* m_piVM = nullptr; // borrowed, for the calls that follow vSetVM
-    int m_nRedirects = 0;  // 3xx answers in a row
+    int m_nRedirects = 0;  // 3xx answers in a row, each request going where the last pointed
+    std::string m_sRedirectTarget;   // the Location of the last of them, as written
+    std::string m_sRedirectResolved; // and as resolved against the address it came from
 
     bool m_bAnswer = false;
     long m_nStatus = 0;

@@ -1,0 +1,395 @@
+// Lua scripts against the emulators: each tests/lua_wire/test_*.lua script, and
+// examples/google.lua, is one test, run in a fresh Lua state with the module preloaded and the
+// host set up as a user sets it up by hand: every origin routed to the fixture's emulators
+// (KVGGL_ROUTE) and curl as the browser (KVGGL_BROWSER), so that auto-approved consent pages
+// come back to the login dialogue at once.
+//
+// The scripts get a native helper, require "kvggl_wire":
+//   kvggl_wire.port()                    the fixture's port, read from its port file
+//   kvggl_wire.http(port, method, target [, body [, content_type]])
+//                                        status and body of one request to 127.0.0.1:port
+//   kvggl_wire.decode(json)              the JSON text as Lua values (null: kvggl_wire.null)
+//   kvggl_wire.setenv(name, value|nil)   for settings the host reads when it starts
+//   kvggl_wire.emulators(auto_approve)   emulators of their own, in-process on a free port:
+//                                        e.port, e:stop() (also when collected)
+//   kvggl_wire.run(code, ...)            runs the chunk in another fresh Lua state (the same
+//                                        host serves both) with the texts as `...`; its results
+//                                        as texts, or its error raised here
+//   kvggl_wire.dir                       this folder, for the scripts' companions
+// After a script, the component must be gone from the process, as in tests/lua.
+#include "EmulatorHarness.h"
+#include "HttpProbe.h"
+#include "JsonValue.h"
+#include "LuaModule.h"
+
+#include <lua.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <dirent.h>
+#include <dlfcn.h>
+#include <exception>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr const char* gszHarnessMeta = "kvggl_wire.emulators";
+constexpr const char* gszBrowser = "curl -s -L -o /dev/null";
+
+int s_nFixturePort() {
+    const char* psz = std::getenv("KVGGL_EMULATORS_PORT_FILE");
+    std::ifstream in(psz && *psz ? psz : KVGGL_EMULATORS_PORT_FILE);
+    int nPort = 0;
+    in >> nPort;
+    return nPort;
+}
+
+// No Lua error may be raised while a C++ value lives (Lua unwinds with longjmp): each function
+// does its work in an inner scope, leaves either its results or an error text on the stack,
+// and raises only after that scope.
+int s_nRaise(lua_State* L) {
+    return lua_error(L);
+}
+
+int s_nPort(lua_State* L) {
+    lua_pushinteger(L, s_nFixturePort());
+    return 1;
+}
+
+int s_nHttp(lua_State* L) {
+    const auto nPort = static_cast<int>(luaL_checkinteger(L, 1));
+    const char* pszMethod = luaL_checkstring(L, 2);
+    const char* pszTarget = luaL_checkstring(L, 3);
+    size_t nBody = 0;
+    const char* pszBody = luaL_optlstring(L, 4, "", &nBody);
+    const char* pszType = luaL_optstring(L, 5, nBody ? "application/json" : "");
+    bool bConnected = false;
+    {
+        STReply st =
+            CHttpProbe(nPort).Send(pszMethod, "", pszTarget, std::string(pszBody, nBody), pszType);
+        bConnected = st.bConnected;
+        if (bConnected) {
+            lua_pushinteger(L, st.nStatus);
+            lua_pushlstring(L, st.sBody.data(), st.sBody.size());
+        } else {
+            lua_pushfstring(L, "no answer from 127.0.0.1:%d to %s %s", nPort, pszMethod, pszTarget);
+        }
+    }
+    return bConnected ? 2 : s_nRaise(L);
+}
+
+void s_PushJson(lua_State* L, const CJsonValue& v) {
+    luaL_checkstack(L, 4, "JSON nested too deep");
+    switch (v.eGetKind()) {
+    case CJsonValue::eNull:
+        lua_getfield(L, lua_upvalueindex(1), "null");
+        break;
+    case CJsonValue::eBool:
+        lua_pushboolean(L, v.bGetBool());
+        break;
+    case CJsonValue::eNumber:
+        if (v.bIsInteger())
+            lua_pushinteger(L, v.nGetInt());
+        else
+            lua_pushnumber(L, v.dGetNumber());
+        break;
+    case CJsonValue::eString:
+        lua_pushlstring(L, v.sGetString().data(), v.sGetString().size());
+        break;
+    case CJsonValue::eArray: {
+        lua_createtable(L, static_cast<int>(v.Items().size()), 0);
+        lua_Integer i = 0;
+        for (const CJsonValue& x : v.Items()) {
+            s_PushJson(L, x);
+            lua_rawseti(L, -2, ++i);
+        }
+        break;
+    }
+    case CJsonValue::eObject:
+        lua_createtable(L, 0, static_cast<int>(v.Members().size()));
+        for (const auto& [sKey, x] : v.Members()) {
+            lua_pushlstring(L, sKey.data(), sKey.size());
+            s_PushJson(L, x);
+            lua_rawset(L, -3);
+        }
+        break;
+    }
+}
+
+int s_nDecode(lua_State* L) {
+    size_t n = 0;
+    const char* psz = luaL_checklstring(L, 1, &n);
+    bool bOk = false;
+    {
+        std::string sError;
+        auto o = CJsonValue::s_oParse(std::string_view(psz, n), &sError);
+        bOk = o.has_value();
+        if (bOk)
+            s_PushJson(L, *o);
+        else
+            lua_pushfstring(L, "not JSON (%s): %s", sError.c_str(), psz);
+    }
+    return bOk ? 1 : s_nRaise(L);
+}
+
+int s_nSetenv(lua_State* L) {
+    const char* pszName = luaL_checkstring(L, 1);
+    if (lua_isnoneornil(L, 2))
+        unsetenv(pszName);
+    else
+        setenv(pszName, luaL_checkstring(L, 2), 1);
+    return 0;
+}
+
+CEmulatorHarness** s_ppHarness(lua_State* L) {
+    return static_cast<CEmulatorHarness**>(luaL_checkudata(L, 1, gszHarnessMeta));
+}
+
+int s_nHarnessStop(lua_State* L) {
+    CEmulatorHarness** pp = s_ppHarness(L);
+    delete *pp;
+    *pp = nullptr;
+    return 0;
+}
+
+int s_nEmulators(lua_State* L) {
+    const bool bAutoApprove = lua_toboolean(L, 1);
+    auto** pp = static_cast<CEmulatorHarness**>(lua_newuserdatauv(L, sizeof(CEmulatorHarness*), 0));
+    *pp = nullptr;
+    luaL_setmetatable(L, gszHarnessMeta);
+    bool bOk = false;
+    {
+        std::string sError;
+        try {
+            *pp = new CEmulatorHarness(bAutoApprove);
+        } catch (const std::exception& e) {
+            sError = e.what();
+        }
+        bOk = *pp != nullptr;
+        if (!bOk)
+            lua_pushfstring(L, "the emulators did not start: %s", sError.c_str());
+    }
+    return bOk ? 1 : s_nRaise(L);
+}
+
+int s_nHarnessIndex(lua_State* L) {
+    CEmulatorHarness** pp = s_ppHarness(L);
+    const char* pszKey = luaL_checkstring(L, 2);
+    if (std::string_view(pszKey) == "port") {
+        if (*pp)
+            lua_pushinteger(L, (*pp)->nPort());
+        else
+            lua_pushnil(L);
+    } else if (std::string_view(pszKey) == "stop") {
+        lua_pushcfunction(L, s_nHarnessStop);
+    } else {
+        lua_pushnil(L);
+    }
+    return 1;
+}
+
+int s_nOpenWire(lua_State* L);
+
+lua_State* s_pNewState() {
+    lua_State* L = luaL_newstate();
+    luaL_openlibs(L);
+    luaL_getsubtable(L, LUA_REGISTRYINDEX, LUA_PRELOAD_TABLE);
+    lua_pushcfunction(L, luaopen_kvggl);
+    lua_setfield(L, -2, "kvggl");
+    lua_pushcfunction(L, s_nOpenWire);
+    lua_setfield(L, -2, "kvggl_wire");
+    lua_pop(L, 1);
+    return L;
+}
+
+// Runs the chunk on top of L with nArgs arguments above it, under a traceback; the error text,
+// empty on success, with the results left on the stack.
+std::string s_sCall(lua_State* L, int nArgs) {
+    lua_getglobal(L, "debug");
+    lua_getfield(L, -1, "traceback");
+    lua_remove(L, -2);
+    const int nHandler = lua_gettop(L) - nArgs - 1;
+    lua_insert(L, nHandler);
+    if (lua_pcall(L, nArgs, LUA_MULTRET, nHandler) != LUA_OK) {
+        std::string s = luaL_tolstring(L, -1, nullptr);
+        return s.empty() ? "(an error without text)" : s;
+    }
+    lua_remove(L, nHandler);
+    return {};
+}
+
+int s_nRun(lua_State* L) {
+    size_t nCode = 0;
+    const char* pszCode = luaL_checklstring(L, 1, &nCode);
+    const int nArgs = lua_gettop(L) - 1;
+    for (int i = 2; i <= nArgs + 1; ++i)
+        luaL_checkstring(L, i);
+    bool bOk = false;
+    int nResults = 0;
+    {
+        std::vector<std::string> tabResults;
+        std::string sError;
+        lua_State* L2 = s_pNewState();
+        if (luaL_loadbuffer(L2, pszCode, nCode, "=kvggl_wire.run") != LUA_OK) {
+            sError = lua_tostring(L2, -1);
+        } else {
+            for (int i = 2; i <= nArgs + 1; ++i)
+                lua_pushstring(L2, lua_tostring(L, i));
+            const int nBase = lua_gettop(L2) - nArgs - 1;
+            sError = s_sCall(L2, nArgs);
+            for (int i = nBase + 1; sError.empty() && i <= lua_gettop(L2); ++i) {
+                tabResults.emplace_back(luaL_tolstring(L2, i, nullptr));
+                lua_pop(L2, 1);
+            }
+        }
+        lua_close(L2);
+        bOk = sError.empty();
+        if (bOk) {
+            luaL_checkstack(L, static_cast<int>(tabResults.size()) + 1, "too many results");
+            for (const std::string& s : tabResults)
+                lua_pushlstring(L, s.data(), s.size());
+            nResults = static_cast<int>(tabResults.size());
+        } else {
+            lua_pushfstring(L, "in the other state: %s", sError.c_str());
+        }
+    }
+    return bOk ? nResults : s_nRaise(L);
+}
+
+int s_nOpenWire(lua_State* L) {
+    if (luaL_newmetatable(L, gszHarnessMeta)) {
+        lua_pushcfunction(L, s_nHarnessStop);
+        lua_setfield(L, -2, "__gc");
+        lua_pushcfunction(L, s_nHarnessIndex);
+        lua_setfield(L, -2, "__index");
+    }
+    lua_pop(L, 1);
+    lua_newtable(L);
+    lua_pushlightuserdata(L, nullptr);
+    lua_setfield(L, -2, "null");
+    lua_pushstring(L, KVGGL_LUA_WIRE_SCRIPTS);
+    lua_setfield(L, -2, "dir");
+    const luaL_Reg tabFunctions[] = {
+        {"port", s_nPort},           {"http", s_nHttp}, {"setenv", s_nSetenv},
+        {"emulators", s_nEmulators}, {"run", s_nRun},   {nullptr, nullptr},
+    };
+    luaL_setfuncs(L, tabFunctions, 0);
+    // decode finds the null marker in the module table, its upvalue.
+    lua_pushvalue(L, -1);
+    lua_pushcclosure(L, s_nDecode, 1);
+    lua_setfield(L, -2, "decode");
+    return 1;
+}
+
+std::vector<std::string> s_tabScripts(const char* pszDossier, const char* pszPrefixe) {
+    std::vector<std::string> tab;
+    if (DIR* pDir = opendir(pszDossier)) {
+        while (dirent* p = readdir(pDir)) {
+            std::string s = p->d_name;
+            if (s.size() > 4 && s.compare(s.size() - 4, 4, ".lua") == 0 &&
+                s.rfind(pszPrefixe, 0) == 0)
+                tab.push_back(std::string(pszDossier) + "/" + s);
+        }
+        closedir(pDir);
+    }
+    std::sort(tab.begin(), tab.end());
+    return tab;
+}
+
+// The settings of a user who runs a script by hand against the emulators.
+void s_SetHostEnvironment(int nPort) {
+    setenv("KVGGL_COMPONENT", KVGGL_SO_PATH, 1);
+    setenv("KVGGL_ROUTE", ("*=127.0.0.1:" + std::to_string(nPort)).c_str(), 1);
+    setenv("KVGGL_BROWSER", gszBrowser, 1);
+    // A dialogue that cannot end fails the test in seconds, not in five minutes.
+    setenv("KVGGL_LOGIN_WAIT", "30", 1);
+}
+
+std::string s_sExecute(const std::string& sScript) {
+    lua_State* L = s_pNewState();
+    lua_createtable(L, 0, 1);
+    lua_pushstring(L, sScript.c_str());
+    lua_rawseti(L, -2, 0);
+    lua_setglobal(L, "arg");
+    std::string sErreur;
+    if (luaL_loadfile(L, sScript.c_str()) != LUA_OK)
+        sErreur = lua_tostring(L, -1);
+    else
+        sErreur = s_sCall(L, 0);
+    lua_close(L);
+    return sErreur;
+}
+
+bool s_bComposanteChargee() {
+    void* h = dlopen(KVGGL_SO_PATH, RTLD_NOW | RTLD_NOLOAD);
+    if (h)
+        dlclose(h);
+    return h != nullptr;
+}
+
+std::string s_sNomTest(const testing::TestParamInfo<std::string>& st) {
+    std::string s = st.param.substr(st.param.rfind('/') + 1);
+    s = s.substr(0, s.size() - 4);
+    for (char& c : s)
+        if (!std::isalnum(static_cast<unsigned char>(c)))
+            c = '_';
+    return s;
+}
+
+void s_Run(const std::string& sScript) {
+    const int nPort = s_nFixturePort();
+    ASSERT_GT(nPort, 0) << "no port in the fixture's file: is kvggl_emulators running?";
+    s_SetHostEnvironment(nPort);
+    EXPECT_EQ(s_sExecute(sScript), "");
+    EXPECT_FALSE(s_bComposanteChargee()) << "an object outlived its Lua state";
+}
+
+class Scripts : public testing::TestWithParam<std::string> {};
+TEST_P(Scripts, Reussit) {
+    s_Run(GetParam());
+}
+INSTANTIATE_TEST_SUITE_P(Wire, Scripts,
+                         testing::ValuesIn(s_tabScripts(KVGGL_LUA_WIRE_SCRIPTS, "test_")),
+                         s_sNomTest);
+
+// The tour runs as a user runs it.
+class Exemples : public testing::TestWithParam<std::string> {};
+TEST_P(Exemples, Tournent) {
+    s_Run(GetParam());
+}
+INSTANTIATE_TEST_SUITE_P(Wire, Exemples, testing::ValuesIn(s_tabScripts(KVGGL_EXAMPLES, "google")),
+                         s_sNomTest);
+
+// The helper itself: a failing script is seen, with the place, and the other state's error
+// comes back as an error of this one.
+TEST(Wire, UnEchecEstVu) {
+    const int nPort = s_nFixturePort();
+    ASSERT_GT(nPort, 0);
+    s_SetHostEnvironment(nPort);
+    lua_State* L = s_pNewState();
+    const char* pszCode = R"lua(
+        local w = require "kvggl_wire"
+        local status, body = w.http(w.port(), "GET", "/_emulator/")
+        assert(status == 200, body)
+        assert(type(w.decode(body).requests) == "number")
+        assert(w.decode("[1, null]")[2] == w.null)
+        assert(not pcall(w.decode, "{"))
+        local ok, err = pcall(w.run, "error('inner failure')")
+        assert(not ok and err:find("inner failure", 1, true), err)
+        local a, b = w.run("return ... .. '!', 7", "x")
+        assert(a == "x!" and b == "7", tostring(a) .. tostring(b))
+        error("outer failure")
+    )lua";
+    ASSERT_EQ(luaL_loadstring(L, pszCode), LUA_OK) << lua_tostring(L, -1);
+    const std::string sErreur = s_sCall(L, 0);
+    lua_close(L);
+    EXPECT_NE(sErreur.find("outer failure"), std::string::npos) << sErreur;
+}
+
+} // namespace
