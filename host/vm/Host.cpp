@@ -563,9 +563,9 @@ bool CHost::_bRun(const char* pszOperation, eRESULTATOBJET e, CXError& clErreur,
 }
 
 // The editable side, and a check of the element the script gives (nil asks for a new one).
-IObjetCollectionModifiable* CHost::_piEditableFor(IObjetCollection* pi,
-                                                   const CHostValue& clElement, int nArgument,
-                                                   const char* pszOperation, STHostOutcome& st) {
+IObjetCollectionModifiable* CHost::_piEditableFor(IObjetCollection* pi, const CHostValue& clElement,
+                                                  int nArgument, const char* pszOperation,
+                                                  STHostOutcome& st) {
     st = {};
     IObjetCollectionModifiable* piM = _piEditable(pi, st);
     if (piM && !clElement.bNil() && clElement.eKind() != CHostValue::KIND_OBJECT) {
@@ -608,47 +608,56 @@ bool CHost::bInsert(IObjetCollection* pi, int nIndice, const CHostValue& clEleme
     return _bRun("insert", e, clErreur, st);
 }
 
-bool CHost::bRemove(IObjetCollection* pi, int nIndice, STHostOutcome& st) {
+namespace {
+using PFNEdition = eRESULTATOBJET (*)(IObjetCollectionModifiable*, int, int, CCtxInfo*, CXError*);
+} // namespace
+
+// One edit of a collection by index: the editable side, a call context, the outcome.
+bool CHost::_bEdit(IObjetCollection* pi, const char* pszOperation, int n1, int n2,
+                   PFNEdition pfnEdition, STHostOutcome& st) {
     st = {};
     IObjetCollectionModifiable* piM = _piEditable(pi, st);
     if (!piM)
         return false;
     CCallContext clCtx(&m_clVM);
     CXError clErreur;
-    return _bRun("remove", piM->veSupprimeElementCollection(nIndice, &clCtx, &clErreur), clErreur,
-                 st);
+    return _bRun(pszOperation, pfnEdition(piM, n1, n2, &clCtx, &clErreur), clErreur, st);
+}
+
+bool CHost::bRemove(IObjetCollection* pi, int nIndice, STHostOutcome& st) {
+    return _bEdit(
+        pi, "remove", nIndice, 0,
+        [](IObjetCollectionModifiable* piM, int n, int, CCtxInfo* pclCtx, CXError* pclErreur) {
+            return piM->veSupprimeElementCollection(n, pclCtx, pclErreur);
+        },
+        st);
 }
 
 bool CHost::bClear(IObjetCollection* pi, STHostOutcome& st) {
-    st = {};
-    IObjetCollectionModifiable* piM = _piEditable(pi, st);
-    if (!piM)
-        return false;
-    CCallContext clCtx(&m_clVM);
-    CXError clErreur;
-    return _bRun("clear", piM->veSupprimeToutElementCollection(&clCtx, &clErreur), clErreur, st);
+    return _bEdit(
+        pi, "clear", 0, 0,
+        [](IObjetCollectionModifiable* piM, int, int, CCtxInfo* pclCtx, CXError* pclErreur) {
+            return piM->veSupprimeToutElementCollection(pclCtx, pclErreur);
+        },
+        st);
 }
 
 bool CHost::bMove(IObjetCollection* pi, int nDepuis, int nVers, STHostOutcome& st) {
-    st = {};
-    IObjetCollectionModifiable* piM = _piEditable(pi, st);
-    if (!piM)
-        return false;
-    CCallContext clCtx(&m_clVM);
-    CXError clErreur;
-    return _bRun("move", piM->veDeplaceElementCollection(nDepuis, nVers, &clCtx, &clErreur),
-                 clErreur, st);
+    return _bEdit(
+        pi, "move", nDepuis, nVers,
+        [](IObjetCollectionModifiable* piM, int n1, int n2, CCtxInfo* pclCtx, CXError* pclErreur) {
+            return piM->veDeplaceElementCollection(n1, n2, pclCtx, pclErreur);
+        },
+        st);
 }
 
 bool CHost::bSwap(IObjetCollection* pi, int nIndice1, int nIndice2, STHostOutcome& st) {
-    st = {};
-    IObjetCollectionModifiable* piM = _piEditable(pi, st);
-    if (!piM)
-        return false;
-    CCallContext clCtx(&m_clVM);
-    CXError clErreur;
-    return _bRun("swap", piM->veEchangeElementCollection(nIndice1, nIndice2, &clCtx, &clErreur),
-                 clErreur, st);
+    return _bEdit(
+        pi, "swap", nIndice1, nIndice2,
+        [](IObjetCollectionModifiable* piM, int n1, int n2, CCtxInfo* pclCtx, CXError* pclErreur) {
+            return piM->veEchangeElementCollection(n1, n2, pclCtx, pclErreur);
+        },
+        st);
 }
 
 bool CHost::bSave(IObjetBase* piObjet, STHostOutcome& st) {

@@ -123,6 +123,10 @@ private:
     // The class that serves a method syntax left without signature.
     unsigned _nServedTypeRef(size_t nFunction) const;
     bool _bRun(const char* pszOperation, eRESULTATOBJET e, CXError& clErreur, STHostOutcome& st);
+    bool _bEdit(IObjetCollection* pi, const char* pszOperation, int n1, int n2,
+                eRESULTATOBJET (*pfnEdition)(IObjetCollectionModifiable*, int, int, CCtxInfo*,
+                                             CXError*),
+                STHostOutcome& st);
     IObjetCollectionModifiable* _piEditable(IObjetCollection* pi, STHostOutcome& st);
     IObjetCollectionModifiable* _piEditableFor(IObjetCollection* pi, const CHostValue& clElement,
                                                int nArgument, const char* pszOperation,
