@@ -1354,24 +1354,42 @@ int CAny::nAffecteConverti(const CAny& clSource, unsigned nCodePage) {
 
 // ---- setters --------------------------------------------------------------------------------
 
+// The numbers and booleans hold nothing counted and start from a zeroed area: a value already
+// of the type keeps its implementation object, and only its area is cleared and written, as a
+// reader walking leaf after leaf sets them again and again.
 void CAny::SetBool(bool b) {
-    (void)nReinitialise(1);
+    if (m_nType == 1)
+        std::memset(m_abyValeur, 0, knTailleValeur);
+    else
+        (void)nReinitialise(1);
     Ecrit<int32_t>(m_abyValeur, b ? 1 : 0);
 }
 void CAny::SetInt(int n) {
-    (void)nReinitialise(8);
+    if (m_nType == 8)
+        std::memset(m_abyValeur, 0, knTailleValeur);
+    else
+        (void)nReinitialise(8);
     Ecrit<int32_t>(m_abyValeur, n);
 }
 void CAny::SetINT_64(long n) {
-    (void)nReinitialise(9);
+    if (m_nType == 9)
+        std::memset(m_abyValeur, 0, knTailleValeur);
+    else
+        (void)nReinitialise(9);
     Ecrit<int64_t>(m_abyValeur, n);
 }
 void CAny::SetUINT_64(unsigned long n) {
-    (void)nReinitialise(5);
+    if (m_nType == 5)
+        std::memset(m_abyValeur, 0, knTailleValeur);
+    else
+        (void)nReinitialise(5);
     Ecrit<uint64_t>(m_abyValeur, n);
 }
 void CAny::SetREAL(double r) {
-    (void)nReinitialise(12);
+    if (m_nType == 12)
+        std::memset(m_abyValeur, 0, knTailleValeur);
+    else
+        (void)nReinitialise(12);
     Ecrit(m_abyValeur, r);
 }
 
@@ -1380,6 +1398,14 @@ int CAny::__nSetString(const wchar_t* psz, int nLongueur, const STOCAW* pstOptio
     if (!KV_bSucces(s_nCodePage(pstOptions, nCP)) || nLongueur < -1 || (!psz && nLongueur > 0))
         return KV_ERR_PARAMETRE;
     size_t n = !psz ? 0 : nLongueur < 0 ? std::wcslen(psz) : static_cast<size_t>(nLongueur);
+    if (m_nType == 16) {
+        // The value's own text takes the new one: in place when nobody shares its block and it
+        // has the room, else a new block. Unchanged on failure.
+        auto s = CXYString<wchar_t>::Adopt(tLit<wchar_t*>(m_abyValeur));
+        int nRes = s.nAffecte(psz, n);
+        Ecrit(m_abyValeur, s.pDetach());
+        return nRes;
+    }
     CXYString<wchar_t> s;
     int nRes = s.nAffecte(psz, n);
     if (!KV_bSucces(nRes))
@@ -1397,6 +1423,13 @@ int CAny::SetStringA(const char* psz, int nLongueur) {
     if (nLongueur < -1 || (!psz && nLongueur > 0))
         return KV_ERR_PARAMETRE;
     size_t n = !psz ? 0 : nLongueur < 0 ? std::strlen(psz) : static_cast<size_t>(nLongueur);
+    if (m_nType == 19) {
+        // As for wide text: the value's own block when it can take the text.
+        auto s = CXYString<char>::Adopt(tLit<char*>(m_abyValeur));
+        int nRes = s.nAffecte(psz, n);
+        Ecrit(m_abyValeur, s.pDetach());
+        return nRes;
+    }
     CXYString<char> s;
     int nRes = s.nAffecte(psz, n);
     if (!KV_bSucces(nRes))

@@ -2,6 +2,7 @@
 
 #include "KVResult.h"
 
+#include <atomic>
 #include <cstring>
 #include <cwchar>
 
@@ -35,10 +36,23 @@ template <class T> int CXYString<T>::nAffecte(const T* p, size_t nLongueur) {
         return KV_OK;
     }
     if (nLongueur >= KVBloc::knTailleMax / sizeof(T)) return KV_ERR_TROP_LONG;
-    void* pNouveau = KVBloc::pAlloue(nLongueur * sizeof(T), sizeof(T));
+    size_t nOctets = nLongueur * sizeof(T);
+    // A block nobody shares and that has the room takes the text in place (the source may lie
+    // inside it), unless it is large and the text short: a short text must not keep a large
+    // block alive.
+    constexpr size_t knGardeLibre = 1024;
+    if (m_p && KVBloc::nRef(m_p) == 1 && KVBloc::nCapacite(m_p) >= nOctets &&
+        (KVBloc::nCapacite(m_p) <= knGardeLibre || KVBloc::nCapacite(m_p) / 4 <= nOctets)) {
+        // Whatever the last other owner did with the block happened before it let go.
+        std::atomic_thread_fence(std::memory_order_acquire);
+        std::memmove(m_p, p, nOctets);
+        KVBloc::FixeTaille(m_p, nOctets, sizeof(T));
+        return KV_OK;
+    }
+    void* pNouveau = KVBloc::pAlloue(nOctets, sizeof(T));
     if (!pNouveau) return KV_ERR_MEMOIRE;
-    std::memcpy(pNouveau, p, nLongueur * sizeof(T));
-    KVBloc::FixeTaille(pNouveau, nLongueur * sizeof(T), sizeof(T));
+    std::memcpy(pNouveau, p, nOctets);
+    KVBloc::FixeTaille(pNouveau, nOctets, sizeof(T));
     KVBloc::Release(m_p);
     m_p = static_cast<T*>(pNouveau);
     return KV_OK;

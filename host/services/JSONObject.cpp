@@ -7,9 +7,8 @@ CJSONObject::CJSONObject(CJSONDocument* pclDocument, uint32_t nIndex)
 
 CJSONObject::~CJSONObject() = default;
 
-void CJSONObject::Repoint(CJSONDocument* pclDocument, uint32_t nIndex) {
-    if (pclDocument != m_clDocument.pGet())
-        m_clDocument = CRef<CJSONDocument>::Retain(pclDocument);
+void CJSONObject::RepointElsewhere(CJSONDocument* pclDocument, uint32_t nIndex) {
+    m_clDocument = CRef<CJSONDocument>::Retain(pclDocument);
     m_nIndex = nIndex;
 }
 

@@ -17,9 +17,16 @@ public:
     void vAccepte(IVisiteurJSON& clVisiteur) override;
 
     bool bFree() const { return nGetRef() == 1; }
-    void Repoint(CJSONDocument* pclDocument, uint32_t nIndex);
+    void Repoint(CJSONDocument* pclDocument, uint32_t nIndex) {
+        if (pclDocument == m_clDocument.pGet())
+            m_nIndex = nIndex; // the walk's common case, kept inline
+        else
+            RepointElsewhere(pclDocument, nIndex);
+    }
 
 private:
+    void RepointElsewhere(CJSONDocument* pclDocument, uint32_t nIndex);
+
     CRef<CJSONDocument> m_clDocument;
     uint32_t m_nIndex;
 };

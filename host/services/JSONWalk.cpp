@@ -7,14 +7,20 @@
 #include "KVResult.h"
 #include "XYString.h"
 
+#include <atomic>
 #include <cstring>
 
+// The leaf values of one level, and the handles it shows. A value for each kind of leaf, so
+// that a value keeps its type from one leaf to the next and is set without changing it.
 struct CJSONWalk::STLevel {
     CRef<CJSONElement> clElement;
     CRef<CJSONObject> clObject;
     CRef<CJSONArray> clArray;
-    CAny clText;  // texts only, so that its block serves text after text
-    CAny clValue; // the other leaves
+    CAny clText; // its block serves text after text
+    CAny clBoolean;
+    CAny clInteger;
+    CAny clReal;
+    CAny clNull;
     std::vector<wchar_t> tabName;
 
     // A handle on that node: the level's own when nobody else holds it, else a new one.
@@ -25,6 +31,12 @@ struct CJSONWalk::STLevel {
         else
             clHandle = CRef<T>::Adopt(new T(&rDocument, nIndex));
         return *clHandle;
+    }
+    // Room for a name of nBytes bytes of UTF-8 and its terminator.
+    wchar_t* pNameRoom(size_t nBytes) {
+        if (tabName.size() <= nBytes)
+            tabName.resize(nBytes + 1);
+        return tabName.data();
     }
 };
 
@@ -73,28 +85,72 @@ void CJSONWalk::Leave() {
     }
 }
 
-bool CJSONWalk::bVisitNode(STLevel& rLevel, CJSONDocument& rDocument, uint32_t nIndex,
-                           IVisiteurJSON& clVisiteur) {
-    eVISITEJSON eAnswer;
+inline void CJSONWalk::s_PutText(CAny& clValue, std::string_view sUtf8) {
+    // A text never has more characters than bytes.
+    wchar_t* pBlock = nullptr;
+    if (clValue.nGetType() == 16)
+        std::memcpy(&pBlock, clValue.pGetValeur(), sizeof pBlock); // the value's counted block
+    if (pBlock && KVBloc::nRef(pBlock) == 1 &&
+        KVBloc::nCapacite(pBlock) >= sUtf8.size() * sizeof(wchar_t)) {
+        // Whatever the last other owner did with the block happened before it let go.
+        std::atomic_thread_fence(std::memory_order_acquire);
+        size_t nLength = s_nDecode(sUtf8, pBlock);
+        KVBloc::pEntete(pBlock)->nTaille = static_cast<uint32_t>(nLength * sizeof(wchar_t));
+        pBlock[nLength] = L'\0';
+        return;
+    }
+    s_SetTextNew(clValue, sUtf8);
+}
+
+// Inline in the loops of the containers: most nodes of a reply are leaves, shown with no call
+// but the visitor's.
+inline bool CJSONWalk::bVisitNode(STLevel& rLevel, CJSONDocument& rDocument, uint32_t nIndex,
+                                  IVisiteurJSON& clVisiteur) {
+    CAny* pclValue;
     switch (rDocument.nType(nIndex)) {
-    case CJSONDocument::knObject:
+    case CJSONDocument::knString:
+        s_PutText(rLevel.clText, rDocument.svString(nIndex));
+        pclValue = &rLevel.clText;
+        break;
+    case CJSONDocument::knTrue:
+    case CJSONDocument::knFalse:
+        rLevel.clBoolean.SetBool(rDocument.nType(nIndex) == CJSONDocument::knTrue);
+        pclValue = &rLevel.clBoolean;
+        break;
+    case CJSONDocument::knInt64:
+        rLevel.clInteger.SetINT_64(rDocument.nInt64(nIndex));
+        pclValue = &rLevel.clInteger;
+        break;
+    case CJSONDocument::knUint64:
+        // Past the signed range: only a real holds it.
+        rLevel.clReal.SetREAL(static_cast<double>(rDocument.nUint64(nIndex)));
+        pclValue = &rLevel.clReal;
+        break;
+    case CJSONDocument::knDouble:
+        rLevel.clReal.SetREAL(rDocument.rDouble(nIndex));
+        pclValue = &rLevel.clReal;
+        break;
+    case CJSONDocument::knNull:
+        rLevel.clNull.Vide();
+        pclValue = &rLevel.clNull;
+        break;
+    default:
+        return bVisitContainer(rLevel, rDocument, nIndex, clVisiteur);
+    }
+    return clVisiteur.veVisiteValeur(*pclValue) != VISITE_ARRET;
+}
+
+bool CJSONWalk::bVisitContainer(STLevel& rLevel, CJSONDocument& rDocument, uint32_t nIndex,
+                                IVisiteurJSON& clVisiteur) {
+    eVISITEJSON eAnswer;
+    if (rDocument.nType(nIndex) == CJSONDocument::knObject) {
         eAnswer = clVisiteur.veVisiteObjet(STLevel::s_rHandle(rLevel.clObject, rDocument, nIndex));
         if (eAnswer == VISITE_DESCEND)
             return bWalkObject(rDocument, nIndex, clVisiteur);
-        break;
-    case CJSONDocument::knArray:
+    } else {
         eAnswer = clVisiteur.veVisiteTableau(STLevel::s_rHandle(rLevel.clArray, rDocument, nIndex));
         if (eAnswer == VISITE_DESCEND)
             return bWalkArray(rDocument, nIndex, clVisiteur);
-        break;
-    case CJSONDocument::knString:
-        s_SetText(rLevel.clText, rDocument.svString(nIndex));
-        eAnswer = clVisiteur.veVisiteValeur(rLevel.clText);
-        break;
-    default:
-        (void)s_bValue(rDocument, nIndex, rLevel.clValue);
-        eAnswer = clVisiteur.veVisiteValeur(rLevel.clValue);
-        break;
     }
     return eAnswer != VISITE_ARRET;
 }
@@ -106,23 +162,21 @@ bool CJSONWalk::bVisit(CJSONDocument& rDocument, uint32_t nIndex, IVisiteurJSON&
 
 bool CJSONWalk::bWalkObject(CJSONDocument& rDocument, uint32_t nIndex, IVisiteurJSON& clVisiteur) {
     CLevelScope clLevel(*this);
-    std::vector<wchar_t>& tabName = clLevel->tabName;
+    STLevel& rLevel = *clLevel;
     uint32_t nEnd = rDocument.nEnd(nIndex);
     for (uint32_t i = nIndex + 1; i < nEnd;) {
         uint32_t nValue = i + 1; // a key is one word
         std::string_view sKey = rDocument.svString(i);
-        if (tabName.size() <= sKey.size())
-            tabName.resize(sKey.size() + 1);
-        size_t nLength = s_nDecode(sKey, tabName.data());
-        tabName[nLength] = L'\0';
-        eVISITEJSON eAnswer =
-            clVisiteur.veVisiteMembre(CNomStandard(tabName.data(), nLength),
-                                      STLevel::s_rHandle(clLevel->clElement, rDocument, nValue));
+        wchar_t* pName = rLevel.pNameRoom(sKey.size());
+        size_t nLength = s_nDecode(sKey, pName);
+        pName[nLength] = L'\0';
+        eVISITEJSON eAnswer = clVisiteur.veVisiteMembre(
+            CNomStandard(pName, nLength), STLevel::s_rHandle(rLevel.clElement, rDocument, nValue));
         if (eAnswer == VISITE_ARRET)
             return false;
         // The value goes on this level: the member's handle is the only thing the visitor
         // was shown here.
-        if (eAnswer == VISITE_DESCEND && !bVisitNode(*clLevel, rDocument, nValue, clVisiteur))
+        if (eAnswer == VISITE_DESCEND && !bVisitNode(rLevel, rDocument, nValue, clVisiteur))
             return false;
         i = rDocument.nNext(nValue);
     }
@@ -131,30 +185,24 @@ bool CJSONWalk::bWalkObject(CJSONDocument& rDocument, uint32_t nIndex, IVisiteur
 
 bool CJSONWalk::bWalkArray(CJSONDocument& rDocument, uint32_t nIndex, IVisiteurJSON& clVisiteur) {
     CLevelScope clLevel(*this);
+    STLevel& rLevel = *clLevel;
     uint32_t nEnd = rDocument.nEnd(nIndex);
     for (uint32_t i = nIndex + 1; i < nEnd; i = rDocument.nNext(i)) {
         eVISITEJSON eAnswer =
-            clVisiteur.veVisiteElement(STLevel::s_rHandle(clLevel->clElement, rDocument, i));
+            clVisiteur.veVisiteElement(STLevel::s_rHandle(rLevel.clElement, rDocument, i));
         if (eAnswer == VISITE_ARRET)
             return false;
-        if (eAnswer == VISITE_DESCEND && !bVisitNode(*clLevel, rDocument, i, clVisiteur))
+        if (eAnswer == VISITE_DESCEND && !bVisitNode(rLevel, rDocument, i, clVisiteur))
             return false;
     }
     return true;
 }
 
 void CJSONWalk::s_SetText(CAny& clValue, std::string_view sUtf8) {
-    // A text never has more characters than bytes.
-    size_t nRoom = sUtf8.size() * sizeof(wchar_t);
-    wchar_t* pBlock = nullptr;
-    if (clValue.nGetType() == 16)
-        std::memcpy(&pBlock, clValue.pGetValeur(), sizeof pBlock); // the value's counted block
-    if (pBlock && KVBloc::nRef(pBlock) == 1 && KVBloc::nCapacite(pBlock) >= nRoom) {
-        size_t nLength = s_nDecode(sUtf8, pBlock);
-        KVBloc::pEntete(pBlock)->nTaille = static_cast<uint32_t>(nLength * sizeof(wchar_t));
-        pBlock[nLength] = L'\0';
-        return;
-    }
+    s_PutText(clValue, sUtf8);
+}
+
+void CJSONWalk::s_SetTextNew(CAny& clValue, std::string_view sUtf8) {
     CXYString<wchar_t> sText;
     if (!KV_bSucces(sText.nReserve(sUtf8.size()))) {
         // No room for the text: the visitor still sees a text, empty, never garbage.
@@ -166,6 +214,41 @@ void CJSONWalk::s_SetText(CAny& clValue, std::string_view sUtf8) {
     clValue.SetString(sText);
 }
 
+size_t CJSONWalk::s_nDecodeMixed(const unsigned char* p, const unsigned char* pEnd, wchar_t* pOut) {
+    wchar_t* pStart = pOut;
+    while (p < pEnd) {
+#ifdef KVGGL_JSON_DECODE_SSE2
+        // Runs of ASCII between the other characters, sixteen bytes at a time.
+        while (pEnd - p >= 16) {
+            __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            if (_mm_movemask_epi8(v))
+                break;
+            s_Widen16(v, pOut);
+            p += 16;
+            pOut += 16;
+        }
+#endif
+        while (p < pEnd && *p < 0x80)
+            *pOut++ = static_cast<wchar_t>(*p++);
+        if (p >= pEnd)
+            break;
+        unsigned c = *p;
+        if (c < 0xE0) {
+            *pOut++ = static_cast<wchar_t>(((c & 0x1F) << 6) | (p[1] & 0x3F));
+            p += 2;
+        } else if (c < 0xF0) {
+            *pOut++ =
+                static_cast<wchar_t>(((c & 0x0F) << 12) | ((p[1] & 0x3F) << 6) | (p[2] & 0x3F));
+            p += 3;
+        } else {
+            *pOut++ = static_cast<wchar_t>(((c & 0x07) << 18) | ((p[1] & 0x3F) << 12) |
+                                           ((p[2] & 0x3F) << 6) | (p[3] & 0x3F));
+            p += 4;
+        }
+    }
+    return static_cast<size_t>(pOut - pStart);
+}
+
 bool CJSONWalk::s_bValue(const CJSONDocument& rDocument, uint32_t nIndex, CAny& clValue) {
     switch (rDocument.nType(nIndex)) {
     case CJSONDocument::knString:
@@ -175,7 +258,6 @@ bool CJSONWalk::s_bValue(const CJSONDocument& rDocument, uint32_t nIndex, CAny& 
         clValue.SetINT_64(rDocument.nInt64(nIndex));
         return true;
     case CJSONDocument::knUint64:
-        // Past the signed range: only a real holds it.
         clValue.SetREAL(static_cast<double>(rDocument.nUint64(nIndex)));
         return true;
     case CJSONDocument::knDouble:

@@ -10,12 +10,15 @@
 #include "JSONService.h"
 #include "Ref.h"
 
+#include <cstdint>
 #include <cstring>
+#include <cwchar>
 #include <memory>
 #include <string_view>
 #include <vector>
-#ifdef __SSE2__
+#if defined(__SSE2__) && WCHAR_MAX > 0xFFFF
 #include <emmintrin.h>
+#define KVGGL_JSON_DECODE_SSE2 1
 #endif
 
 class CJSONElement;
@@ -42,8 +45,8 @@ public:
     // UTF-8 checked by the parser into a text value. When the value already holds a text that
     // nobody else shares and that has the room, the characters are written over it in place.
     static void s_SetText(CAny& clValue, std::string_view sUtf8);
-    // Decodes UTF-8 checked by the parser; pOut has room for sUtf8.size() characters. The
-    // number of characters written.
+    // Decodes UTF-8 checked by the parser; pOut has room for sUtf8.size() characters, and
+    // nothing is written past them. The number of characters written.
     static size_t s_nDecode(std::string_view sUtf8, wchar_t* pOut);
 
 private:
@@ -57,74 +60,104 @@ private:
     }
     STLevel& rGrow();
     void Leave();
-    // bVisit with the handles and values of a level already taken.
+    // bVisit with the handles and values of a level already taken: leaves there, containers
+    // by bVisitContainer.
     bool bVisitNode(STLevel& rLevel, CJSONDocument& rDocument, uint32_t nIndex,
                     IVisiteurJSON& clVisiteur);
+    bool bVisitContainer(STLevel& rLevel, CJSONDocument& rDocument, uint32_t nIndex,
+                         IVisiteurJSON& clVisiteur);
+    // s_SetText, inline for the walk's loops, and its road when the value's block cannot take
+    // the text: a new block.
+    static void s_PutText(CAny& clValue, std::string_view sUtf8);
+    static void s_SetTextNew(CAny& clValue, std::string_view sUtf8);
+    // The general decoder, from the first byte that is not ASCII or that the short cases of
+    // s_nDecode leave to it.
+    static size_t s_nDecodeMixed(const unsigned char* p, const unsigned char* pEnd, wchar_t* pOut);
+#ifdef KVGGL_JSON_DECODE_SSE2
+    // ASCII bytes widened to characters: sixteen, the low eight, the low four of v.
+    static void s_Widen16(__m128i v, wchar_t* pOut);
+    static void s_Widen8(__m128i v, wchar_t* pOut);
+    static void s_Widen4(__m128i v, wchar_t* pOut);
+#endif
 
     std::vector<std::unique_ptr<STLevel>> m_tabLevels;
     size_t m_nLevels = 0; // levels in use
 };
 
-// Inline, since the walk decodes two texts per member, most of them short.
+#ifdef KVGGL_JSON_DECODE_SSE2
+inline void CJSONWalk::s_Widen16(__m128i v, wchar_t* pOut) {
+    const __m128i vZero = _mm_setzero_si128();
+    __m128i vLow = _mm_unpacklo_epi8(v, vZero);
+    __m128i vHigh = _mm_unpackhi_epi8(v, vZero);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut), _mm_unpacklo_epi16(vLow, vZero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut + 4), _mm_unpackhi_epi16(vLow, vZero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut + 8), _mm_unpacklo_epi16(vHigh, vZero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut + 12), _mm_unpackhi_epi16(vHigh, vZero));
+}
+inline void CJSONWalk::s_Widen8(__m128i v, wchar_t* pOut) {
+    const __m128i vZero = _mm_setzero_si128();
+    __m128i vLow = _mm_unpacklo_epi8(v, vZero);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut), _mm_unpacklo_epi16(vLow, vZero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut + 4), _mm_unpackhi_epi16(vLow, vZero));
+}
+inline void CJSONWalk::s_Widen4(__m128i v, wchar_t* pOut) {
+    const __m128i vZero = _mm_setzero_si128();
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut),
+                     _mm_unpacklo_epi16(_mm_unpacklo_epi8(v, vZero), vZero));
+}
+#endif
+
+// Inline, since the walk decodes two texts per member, most of them short and ASCII. ASCII
+// texts of four bytes or more are read in two overlapping pieces (the first and the last four,
+// eight or sixteen bytes), written as two overlapping runs of characters: no byte is read
+// outside the text, no character written outside the room, and a byte read twice gives the
+// same character twice. Anything else goes to the general decoder.
 inline size_t CJSONWalk::s_nDecode(std::string_view sUtf8, wchar_t* pOut) {
     const unsigned char* p = reinterpret_cast<const unsigned char*>(sUtf8.data());
-    const unsigned char* pEnd = p + sUtf8.size();
-    wchar_t* pStart = pOut;
-    while (p < pEnd) {
-#ifdef __SSE2__
-        // Runs of ASCII, most of any reply, sixteen bytes at a time. Never more characters
-        // than bytes are written, so the room the caller gives suffices.
-        const __m128i vZero = _mm_setzero_si128();
-        while (pEnd - p >= 16) {
-            __m128i vBytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-            if (_mm_movemask_epi8(vBytes))
-                break;
-            __m128i vLow = _mm_unpacklo_epi8(vBytes, vZero);
-            __m128i vHigh = _mm_unpackhi_epi8(vBytes, vZero);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut), _mm_unpacklo_epi16(vLow, vZero));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut + 4), _mm_unpackhi_epi16(vLow, vZero));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut + 8),
-                             _mm_unpacklo_epi16(vHigh, vZero));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut + 12),
-                             _mm_unpackhi_epi16(vHigh, vZero));
-            p += 16;
-            pOut += 16;
+    const size_t n = sUtf8.size();
+#ifdef KVGGL_JSON_DECODE_SSE2
+    if (n >= 16) {
+        size_t i = 0;
+        do {
+            __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+            if (_mm_movemask_epi8(v))
+                return i + s_nDecodeMixed(p + i, p + n, pOut + i);
+            s_Widen16(v, pOut + i);
+            i += 16;
+        } while (n - i >= 16);
+        if (i < n) {
+            // Bytes before i are ASCII: a sequence that is not starts at i or after.
+            __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n - 16));
+            if (_mm_movemask_epi8(v))
+                return i + s_nDecodeMixed(p + i, p + n, pOut + i);
+            s_Widen16(v, pOut + n - 16);
         }
-        // The last bytes of a run: the eight that end the text, decoded again over what was
-        // already written when they are all ASCII, since each of them then stands for one
-        // character just before.
-        size_t nLeft = static_cast<size_t>(pEnd - p);
-        if (nLeft > 0 && nLeft < 16 && sUtf8.size() >= 8) {
-            const unsigned char* pLast = nLeft >= 8 ? p : pEnd - 8;
-            __m128i vBytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pLast));
-            if (!(_mm_movemask_epi8(vBytes) & 0xFF)) {
-                wchar_t* pAt = pOut - (p - pLast);
-                __m128i vLow = _mm_unpacklo_epi8(vBytes, vZero);
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(pAt), _mm_unpacklo_epi16(vLow, vZero));
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(pAt + 4),
-                                 _mm_unpackhi_epi16(vLow, vZero));
-                pOut = pAt + 8;
-                p = pLast + 8;
-            }
-        }
-#endif
-        while (p < pEnd && *p < 0x80)
-            *pOut++ = static_cast<wchar_t>(*p++);
-        if (p >= pEnd)
-            break;
-        unsigned c = *p;
-        if (c < 0xE0) {
-            *pOut++ = static_cast<wchar_t>(((c & 0x1F) << 6) | (p[1] & 0x3F));
-            p += 2;
-        } else if (c < 0xF0) {
-            *pOut++ =
-                static_cast<wchar_t>(((c & 0x0F) << 12) | ((p[1] & 0x3F) << 6) | (p[2] & 0x3F));
-            p += 3;
-        } else {
-            *pOut++ = static_cast<wchar_t>(((c & 0x07) << 18) | ((p[1] & 0x3F) << 12) |
-                                           ((p[2] & 0x3F) << 6) | (p[3] & 0x3F));
-            p += 4;
-        }
+        return n;
     }
-    return static_cast<size_t>(pOut - pStart);
+    if (n >= 8) {
+        __m128i vHead = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        __m128i vTail = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n - 8));
+        if (!_mm_movemask_epi8(_mm_or_si128(vHead, vTail))) {
+            s_Widen8(vHead, pOut);
+            s_Widen8(vTail, pOut + n - 8);
+            return n;
+        }
+    } else if (n >= 4) {
+        uint32_t nHead, nTail;
+        std::memcpy(&nHead, p, sizeof nHead);
+        std::memcpy(&nTail, p + n - 4, sizeof nTail);
+        if (!((nHead | nTail) & 0x80808080u)) {
+            s_Widen4(_mm_cvtsi32_si128(static_cast<int>(nHead)), pOut);
+            s_Widen4(_mm_cvtsi32_si128(static_cast<int>(nTail)), pOut + n - 4);
+            return n;
+        }
+    } else {
+        size_t i = 0;
+        for (; i < n && p[i] < 0x80; ++i)
+            pOut[i] = static_cast<wchar_t>(p[i]);
+        if (i == n)
+            return n;
+    }
+#endif
+    return s_nDecodeMixed(p, p + n, pOut);
 }

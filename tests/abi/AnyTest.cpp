@@ -12,7 +12,9 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <ostream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -578,6 +580,97 @@ TEST(Any, BinaireDe8OctetsVersDureeEtDateHeure) {
     ASSERT_EQ(a.SetBinary(tabFaux, 7), KV_OK);
     EXPECT_EQ(a.nCastFrom_BIN_DUREE_To_DUREE(), KV_ERR_CONVERSION);
     EXPECT_EQ(a.nGetType(), 28);
+}
+
+// ---- setting a value again ----------------------------------------------------------------
+
+// Numbers and booleans set over a value give the same value, byte for byte, whatever it held
+// before: the same type (kept in place), another one, or a shared text (let go).
+struct STSetCase {
+    const char* pszName;
+    void (*pfSet)(CAny&);
+};
+void PrintTo(const STSetCase& stCase, std::ostream* pOut) {
+    *pOut << stCase.pszName;
+}
+
+const STSetCase gtabSets[] = {
+    {"Bool", [](CAny& a) { a.SetBool(true); }},
+    {"Int", [](CAny& a) { a.SetInt(-7); }},
+    {"INT_64", [](CAny& a) { a.SetINT_64(-1234567890123L); }},
+    {"UINT_64", [](CAny& a) { a.SetUINT_64(~0UL); }},
+    {"REAL", [](CAny& a) { a.SetREAL(-2.5); }},
+};
+
+class AnySetAgain : public testing::TestWithParam<STSetCase> {};
+
+TEST_P(AnySetAgain, SameResultWhateverCameBefore) {
+    const STSetCase& stCase = GetParam();
+    CAny clFresh;
+    stCase.pfSet(clFresh);
+    CXYString<wchar_t> sShared(L"shared text");
+    const std::pair<const char*, void (*)(CAny&, CXYString<wchar_t>&)> atabBefore[] = {
+        {"nothing", [](CAny&, CXYString<wchar_t>&) {}},
+        {"false", [](CAny& a, CXYString<wchar_t>&) { a.SetBool(false); }},
+        {"int", [](CAny& a, CXYString<wchar_t>&) { a.SetInt(123456); }},
+        {"int64", [](CAny& a, CXYString<wchar_t>&) { a.SetINT_64(-1); }},
+        {"uint64", [](CAny& a, CXYString<wchar_t>&) { a.SetUINT_64(42); }},
+        {"real", [](CAny& a, CXYString<wchar_t>&) { a.SetREAL(1e300); }},
+        {"text", [](CAny& a, CXYString<wchar_t>& s) { a.SetString(s); }},
+        {"twice", [](CAny& a, CXYString<wchar_t>&) { a.SetINT_64(-1), a.SetREAL(-0.0); }},
+    };
+    for (const auto& [pszBefore, pfBefore] : atabBefore) {
+        CAny a;
+        pfBefore(a, sShared);
+        stCase.pfSet(a);
+        EXPECT_EQ(a.nGetType(), clFresh.nGetType()) << pszBefore;
+        EXPECT_STREQ(a.pclGetIntern()->vpszNomClasse(), clFresh.pclGetIntern()->vpszNomClasse())
+            << pszBefore;
+        EXPECT_EQ(std::memcmp(a.pGetValeur(), clFresh.pGetValeur(), CAny::knTailleValeur), 0)
+            << pszBefore;
+        EXPECT_EQ(Texte(a), Texte(clFresh)) << pszBefore;
+        EXPECT_EQ(sShared.nGetRef(), 1) << pszBefore << ": the text was let go";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Setters, AnySetAgain, testing::ValuesIn(gtabSets),
+                         [](const auto& info) { return std::string(info.param.pszName); });
+
+// A text set over a text that nobody shares goes into its block when it fits; a shared block
+// is never written.
+TEST(Any, SetStringReusesItsOwnUnsharedText) {
+    CAny a = Chaine(L"a first text, long enough");
+    const wchar_t* pBlock = a.pclGetIntern()->nGetPCWSTR();
+    ASSERT_EQ(a.__nSetString(L"shorter"), KV_OK);
+    EXPECT_EQ(a.pclGetIntern()->nGetPCWSTR(), pBlock);
+    EXPECT_EQ(Texte(a), L"shorter");
+    EXPECT_EQ(a.pclGetIntern()->nGetSTRLEN(), 7u);
+
+    CAny b = a;
+    ASSERT_EQ(a.__nSetString(L"other"), KV_OK);
+    EXPECT_NE(a.pclGetIntern()->nGetPCWSTR(), pBlock);
+    EXPECT_EQ(Texte(b), L"shorter") << "the copy keeps its text";
+    EXPECT_EQ(Texte(a), L"other");
+
+    ASSERT_EQ(a.__nSetString(a.pclGetIntern()->nGetPCWSTR() + 1, 3), KV_OK);
+    EXPECT_EQ(Texte(a), L"the") << "from its own text";
+    EXPECT_EQ(a.__nSetString(L"x", 0x1FFFFFC0), KV_ERR_TROP_LONG);
+    EXPECT_EQ(a.__nSetString(L"x", -2), KV_ERR_PARAMETRE);
+    EXPECT_EQ(Texte(a), L"the") << "a refused text changes nothing";
+    ASSERT_EQ(a.__nSetString(L""), KV_OK);
+    EXPECT_EQ(a.nGetType(), 16);
+    EXPECT_EQ(Texte(a), L"");
+
+    CAny n;
+    ASSERT_EQ(n.SetStringA("narrow text"), KV_OK);
+    const char* pNarrow = n.pclGetIntern()->nGetPCASTR();
+    ASSERT_EQ(n.SetStringA("narrow"), KV_OK);
+    EXPECT_EQ(n.pclGetIntern()->nGetPCASTR(), pNarrow);
+    CAny m = n;
+    ASSERT_EQ(n.SetStringA("other"), KV_OK);
+    EXPECT_NE(n.pclGetIntern()->nGetPCASTR(), pNarrow);
+    EXPECT_STREQ(m.pclGetIntern()->nGetPCASTR(), "narrow");
+    EXPECT_STREQ(n.pclGetIntern()->nGetPCASTR(), "other");
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ostream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -129,6 +131,72 @@ TEST(XYString, ComptesAtomiquesEntreThreads) {
         });
     for (auto& th : tabThreads) th.join();
     EXPECT_EQ(s.nGetRef(), 1);
+}
+
+// Assignment writes over the string's own block when nobody shares it, it has the room, and it
+// is not much larger than the text; otherwise a new block, the sharers keeping the old text.
+struct STAssignCase {
+    const char* pszName;
+    size_t nBefore; // characters of the string before the assignment
+    bool bShared;   // another string holds the same block
+    size_t nAfter;  // characters assigned
+    bool bInPlace;  // the same block is expected
+};
+void PrintTo(const STAssignCase& stCase, std::ostream* pOut) {
+    *pOut << stCase.pszName;
+}
+
+const STAssignCase gtabAssign[] = {
+    {"ShorterUnique", 20, false, 5, true},
+    {"SameLengthUnique", 12, false, 12, true},
+    {"LongerUnique", 5, false, 6, false},
+    {"ShorterShared", 20, true, 5, false},
+    {"SameLengthShared", 12, true, 12, false},
+    {"LargeBlockShortText", 4000, false, 10, false},
+    {"LargeBlockQuarterText", 4000, false, 1000, true},
+};
+
+class XYStringAssign : public testing::TestWithParam<STAssignCase> {};
+
+TEST_P(XYStringAssign, InPlaceOnlyWhenUniqueWithRoom) {
+    const STAssignCase& stCase = GetParam();
+    const std::wstring sBefore(stCase.nBefore, L'a');
+    std::wstring sAfter;
+    for (size_t i = 0; i < stCase.nAfter; ++i)
+        sAfter += static_cast<wchar_t>(L'b' + i % 20);
+    CXYString<wchar_t> s(sBefore.data(), sBefore.size());
+    CXYString<wchar_t> clOther;
+    if (stCase.bShared)
+        clOther = s;
+    const wchar_t* pBefore = s.pGetBrut();
+    ASSERT_EQ(s.nAffecte(sAfter.data(), sAfter.size()), KV_OK);
+    EXPECT_EQ(s.pGetBrut() == pBefore, stCase.bInPlace);
+    EXPECT_EQ(s.sv(), sAfter);
+    EXPECT_EQ(s.pGetBrut()[sAfter.size()], L'\0');
+    EXPECT_EQ(s.nGetRef(), 1);
+    if (stCase.bShared) {
+        EXPECT_EQ(clOther.sv(), sBefore) << "a shared block is never written in place";
+        EXPECT_EQ(clOther.nGetRef(), 1);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, XYStringAssign, testing::ValuesIn(gtabAssign),
+                         [](const auto& info) { return std::string(info.param.pszName); });
+
+TEST(XYString, AssignFromItsOwnText) {
+    CXYString<char> s("0123456789");
+    const char* pBlock = s.pGetBrut();
+    ASSERT_EQ(s.nAffecte(s.pszGet() + 3, 5), KV_OK);
+    EXPECT_EQ(s.pGetBrut(), pBlock);
+    EXPECT_STREQ(s.pszGet(), "34567");
+    ASSERT_EQ(s.nAffecte(s.pszGet(), s.nLongueur()), KV_OK);
+    EXPECT_STREQ(s.pszGet(), "34567");
+    // From its own text into a new block: the old one is let go only after the copy.
+    CXYString<char> t("abc");
+    CXYString<char> u = t;
+    ASSERT_EQ(t.nAffecte(u.pszGet() + 1, 2), KV_OK);
+    EXPECT_STREQ(t.pszGet(), "bc");
+    EXPECT_STREQ(u.pszGet(), "abc");
 }
 
 } // namespace

@@ -13,8 +13,11 @@
 
 #include <ostream>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <map>
+#include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -309,23 +312,95 @@ TEST(JSONElements, ConcurrentWalksOfOneDocument) {
 }
 
 // The walk's decoder against the reference one, over texts whose runs of ASCII end at every
-// place around the decoder's eight- and sixteen-byte steps.
+// place around the decoder's four-, eight- and sixteen-byte pieces. Each text sits alone in a
+// block of its exact size, so that a read outside it faults under the address sanitizer.
 TEST(JSONDecode, MatchesTheReferenceAtEveryLengthAndPlace) {
     const char* apszWide[] = {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"};
-    for (size_t nLength = 0; nLength <= 40; ++nLength) {
+    for (size_t nLength = 0; nLength <= 52; ++nLength) {
+        // nAt == nLength: ASCII only.
         for (size_t nAt = 0; nAt <= nLength; ++nAt) {
             for (const char* pszWide : apszWide) {
                 std::string sText;
                 for (size_t i = 0; i < nLength; ++i)
                     sText += i == nAt ? std::string(pszWide) : std::string(1, 'a' + i % 26);
+                std::unique_ptr<char[]> pText(new char[sText.size()]);
+                std::memcpy(pText.get(), sText.data(), sText.size());
                 std::vector<wchar_t> tabOut(sText.size() + 1, L'#');
-                size_t n = CJSONWalk::s_nDecode(sText, tabOut.data());
+                size_t n = CJSONWalk::s_nDecode({pText.get(), sText.size()}, tabOut.data());
                 ASSERT_EQ(std::wstring(tabOut.data(), n), KVUtf8::VersWide(sText))
                     << nLength << " " << nAt;
                 ASSERT_EQ(tabOut[sText.size()], L'#') << "nothing written past the room";
+                if (nAt == nLength)
+                    break;
             }
         }
     }
+}
+
+// The walk writes each text into the block of the value it shows when nobody else holds that
+// block and it has the room; a value the visitor kept a copy of is never written over.
+class CTextKeeper final : public CRecorder {
+public:
+    std::vector<const void*> tabBlocks; // the block of each text shown
+    std::vector<CAny> tabKept;
+    std::set<std::string> setKeep; // texts to keep a copy of
+    eVISITEJSON veVisiteValeur(CAny& clValue) override {
+        if (clValue.nGetType() == 16) {
+            tabBlocks.push_back(clValue.pclGetIntern()->nGetPCWSTR());
+            if (setKeep.count(s_Describe(clValue)))
+                tabKept.push_back(clValue);
+        }
+        return CRecorder::veVisiteValeur(clValue);
+    }
+};
+
+TEST(JSONWalkValues, TextsReuseTheirBlockUnlessShared) {
+    CRef<IElementJSON> clRoot =
+        s_clParse(R"(["the first text, the longest","second","th\u00efrd","fou",)"
+                  R"("a text too long for it","fifth","sixth"])");
+    ASSERT_TRUE(clRoot);
+    CTextKeeper clKeeper;
+    clKeeper.setKeep = {"16:second", "16:fifth"};
+    clRoot->vAccepte(clKeeper);
+    EXPECT_EQ(clKeeper.sEvents(),
+              "array 7|element|value 16:the first text, the longest|element|value 16:second|"
+              "element|value 16:th\xC3\xAFrd|element|value 16:fou|"
+              "element|value 16:a text too long for it|element|value 16:fifth|"
+              "element|value 16:sixth");
+    const auto& tab = clKeeper.tabBlocks;
+    ASSERT_EQ(tab.size(), 7u);
+    EXPECT_EQ(tab[1], tab[0]) << "unshared, with the room: in place";
+    EXPECT_NE(tab[2], tab[1]) << "the kept copy holds the block";
+    EXPECT_EQ(tab[3], tab[2]);
+    EXPECT_NE(tab[4], tab[3]) << "no room";
+    EXPECT_EQ(tab[5], tab[4]);
+    EXPECT_NE(tab[6], tab[5]) << "the kept copy holds the block";
+    ASSERT_EQ(clKeeper.tabKept.size(), 2u);
+    EXPECT_EQ(s_Describe(clKeeper.tabKept[0]), "16:second");
+    EXPECT_EQ(s_Describe(clKeeper.tabKept[1]), "16:fifth");
+}
+
+// A visitor may change the value it is shown; the leaves after it are shown as they are.
+class CConverter final : public CRecorder {
+public:
+    eVISITEJSON veVisiteValeur(CAny& clValue) override {
+        eVISITEJSON eAnswer = CRecorder::veVisiteValeur(clValue);
+        (void)clValue.__nCastTo(clValue.nGetType() == 16 ? 9 : 16);
+        return eAnswer;
+    }
+};
+
+TEST(JSONWalkValues, ValuesChangedByTheVisitorDoNotLeak) {
+    CRef<IElementJSON> clRoot =
+        s_clParse(R"([true,false,7,8,1.5,2.5,"12","b",null,null,true,"c",9])");
+    ASSERT_TRUE(clRoot);
+    CConverter clConverter;
+    clRoot->vAccepte(clConverter);
+    EXPECT_EQ(clConverter.sEvents(),
+              "array 13|element|value 1:true|element|value 1:false|element|value 9:7|"
+              "element|value 9:8|element|value 12:1.5|element|value 12:2.5|element|value 16:12|"
+              "element|value 16:b|element|value 0:null|element|value 0:null|"
+              "element|value 1:true|element|value 16:c|element|value 9:9");
 }
 
 struct STBadCase {
