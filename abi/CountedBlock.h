@@ -25,7 +25,8 @@ inline STEnteteBloc* pEntete(const void* p) {
 inline uint32_t nTaille(const void* p) { return p ? pEntete(p)->nTaille : 0; }
 inline uint32_t nCapacite(const void* p) { return p ? pEntete(p)->nCapacite : 0; }
 inline int32_t nRef(const void* p) {
-    return p ? pEntete(p)->nRef.load(std::memory_order_relaxed) : 0;
+    // Acquire: a writer that finds itself the only owner sees every write of the former ones.
+    return p ? pEntete(p)->nRef.load(std::memory_order_acquire) : 0;
 }
 
 // A new block of `nCapacite` bytes plus `nTerminal` zero bytes, count 1, size 0; null when the
