@@ -70,8 +70,8 @@ enum eFONCTIONVM : int {
 //   19   CXYString<char>                  the VM takes a reference of its own
 //   28   CKLBIN                           the VM takes a reference of its own
 //   31   CAny                             copied
-//   111  IObjetBase*, null for none       the object comes with its host peer made and one
-//                                         reference on that peer, which the VM takes over
+//   111  IObjetBase*, null for none       borrowed: the VM takes a reference of its own (a new
+//                                         object, at count 0, is so owned by the VM's first)
 //   112  IKLTableau*, null for none       the VM takes over one reference
 //   122  const wchar_t*, null for ""      copied
 class IVM {
