@@ -7,6 +7,8 @@
 #include "XYString.h"
 #include "frame/KllRows.h"
 
+#include "../support/VMEnregistreur.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -17,65 +19,7 @@ class CStubSample;
 
 namespace {
 
-// What the VM received from one bRetourneValeur.
-struct STRetour {
-    CCtxInfo* pclCtx;
-    int nType;
-    std::vector<unsigned char> tabOctets; // the value's bytes, pointer-sized forms included
-    std::wstring sTexte;                  // the text of 16 and 122
-};
-
-class CFauxVM final : public IVM {
-public:
-    std::vector<STRetour> m_tabRetour;
-
-    int bRetourneValeur(CCtxInfo* pclCtx, const void* pValeur, int nType) override {
-        STRetour st{pclCtx, nType, {}, {}};
-        size_t nTaille = 0;
-        switch (nType) {
-        case 1:
-        case 8:
-            nTaille = 4;
-            break;
-        case 17:
-            nTaille = 1;
-            break;
-        case 9:
-        case 12:
-        case 26:
-            nTaille = 8;
-            break;
-        default:
-            nTaille = sizeof(void*);
-            break;
-        }
-        const auto* pby = static_cast<const unsigned char*>(pValeur);
-        st.tabOctets.assign(pby, pby + nTaille);
-        if (nType == 122) {
-            const wchar_t* psz = *static_cast<const wchar_t* const*>(pValeur);
-            st.sTexte = psz ? psz : L"(null)";
-        } else if (nType == 16) {
-            st.sTexte = static_cast<const CXYString<wchar_t>*>(pValeur)->pszGet();
-        }
-        m_tabRetour.push_back(st);
-        return 1;
-    }
-    intptr_t nInfoVM(int, int) override { return 0; }
-    int bEmpileAny(CAny*) override { return 0; }
-    int bAppelleFonctionVM(int, int, int, int, CXError*) override { return 0; }
-    IInterfaceObjetBase* piGetService(int, CXError*) override { return nullptr; }
-    int bRetourneValeurAppel(int, const void*, int) override { return 0; }
-    int bEmpileDateHeure(const CDateTime*) override { return 0; }
-    IKLTableau* pclAlloueTableau(int, int, CXError*) override { return nullptr; }
-    int bEmpileChaineA(const char*, int) override { return 0; }
-    IAuthentification* piGetAuthentification(CXError*) override { return nullptr; }
-};
-
-template <class T> T Valeur(const STRetour& st) {
-    T x{};
-    std::memcpy(&x, st.tabOctets.data(), sizeof(T));
-    return x;
-}
+template <class T> T ValeurDe(const STRetourVM& st) { return st.Valeur<T>(); }
 
 } // namespace
 
@@ -195,13 +139,13 @@ const STKLPropriete& Ligne(std::string_view svNom) {
 
 class Stubs : public testing::Test {
 protected:
-    CFauxVM m_clVM;
+    CVMEnregistreur m_clVM;
     CCtxInfo m_clCtx{nullptr, nullptr, &m_clVM};
     CXError* m_pclErreur = reinterpret_cast<CXError*>(&m_nFausseErreur); // passed, never read
     CStubSample m_clObjet;
     int m_nFausseErreur = 0;
 
-    const STRetour& Lit(std::string_view svNom) {
+    const STRetourVM& Lit(std::string_view svNom) {
         const STKLPropriete& st = Ligne(svNom);
         PFNKLLGet pfn = st.pfnGet ? st.pfnGet : st.pfnGetObjet;
         const size_t nAvant = m_clVM.m_tabRetour.size();
@@ -271,34 +215,34 @@ TEST_F(Stubs, LesGettersRendentLaValeurSousSonCode) {
     EXPECT_EQ(Lit("Chaine").nType, 16);
     EXPECT_EQ(m_clVM.m_tabRetour.back().sTexte, L"chaîne");
     EXPECT_EQ(Lit("Entier").nType, 8);
-    EXPECT_EQ(Valeur<int32_t>(m_clVM.m_tabRetour.back()), 7);
+    EXPECT_EQ(ValeurDe<int32_t>(m_clVM.m_tabRetour.back()), 7);
     EXPECT_EQ(Lit("Actif").nType, 1);
-    EXPECT_EQ(Valeur<int32_t>(m_clVM.m_tabRetour.back()), 1);
+    EXPECT_EQ(ValeurDe<int32_t>(m_clVM.m_tabRetour.back()), 1);
     EXPECT_EQ(Lit("Grand").nType, 9);
-    EXPECT_EQ(Valeur<int64_t>(m_clVM.m_tabRetour.back()), 0x123456789LL);
+    EXPECT_EQ(ValeurDe<int64_t>(m_clVM.m_tabRetour.back()), 0x123456789LL);
     EXPECT_EQ(Lit("Reel").nType, 12);
-    EXPECT_EQ(Valeur<double>(m_clVM.m_tabRetour.back()), 2.5);
+    EXPECT_EQ(ValeurDe<double>(m_clVM.m_tabRetour.back()), 2.5);
     EXPECT_EQ(Lit("Date").nType, 26);
-    EXPECT_EQ(Valeur<CDateTime>(m_clVM.m_tabRetour.back()), m_clObjet.m_dtDate);
+    EXPECT_EQ(ValeurDe<CDateTime>(m_clVM.m_tabRetour.back()), m_clObjet.m_dtDate);
     EXPECT_EQ(Lit("Lettre").nType, 17);
-    EXPECT_EQ(Valeur<char>(m_clVM.m_tabRetour.back()), 'k');
+    EXPECT_EQ(ValeurDe<char>(m_clVM.m_tabRetour.back()), 'k');
     EXPECT_EQ(Lit("Lecture").nType, 8);
-    EXPECT_EQ(Valeur<int32_t>(m_clVM.m_tabRetour.back()), 99);
+    EXPECT_EQ(ValeurDe<int32_t>(m_clVM.m_tabRetour.back()), 99);
 }
 
 TEST_F(Stubs, UnBooleenPartEnZeroOuUn) {
     m_clObjet.m_bActif = false;
-    EXPECT_EQ(Valeur<int32_t>(Lit("Actif")), 0);
+    EXPECT_EQ(ValeurDe<int32_t>(Lit("Actif")), 0);
 }
 
 TEST_F(Stubs, UnObjetPartParSonCoteIObjetBase) {
     CStubSample clAuteur;
     m_clObjet.m_piAuteur = &clAuteur;
-    const STRetour& st = Lit("Auteur");
+    const STRetourVM& st = Lit("Auteur");
     EXPECT_EQ(st.nType, 111);
-    EXPECT_EQ(Valeur<IObjetBase*>(st), static_cast<IObjetBase*>(&clAuteur));
+    EXPECT_EQ(ValeurDe<IObjetBase*>(st), static_cast<IObjetBase*>(&clAuteur));
     m_clObjet.m_piAuteur = nullptr;
-    EXPECT_EQ(Valeur<IObjetBase*>(Lit("Auteur")), nullptr);
+    EXPECT_EQ(ValeurDe<IObjetBase*>(Lit("Auteur")), nullptr);
 }
 
 TEST_F(Stubs, LesSettersEcriventLeMembre) {

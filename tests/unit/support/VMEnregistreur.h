@@ -17,8 +17,9 @@
 #include <string_view>
 #include <vector>
 
-// One bRetourneValeur: the type and the value's bytes; the text of 16 and 122.
+// One bRetourneValeur: the context, the type and the value's bytes; the text of 16 and 122.
 struct STRetourVM {
+    CCtxInfo* pclCtx;
     int nType;
     std::vector<unsigned char> tabOctets;
     std::wstring sTexte;
@@ -34,8 +35,8 @@ class CVMEnregistreur final : public IVM {
 public:
     std::vector<STRetourVM> m_tabRetour;
 
-    int bRetourneValeur(CCtxInfo*, const void* pValeur, int nType) override {
-        STRetourVM st{nType, {}, {}};
+    int bRetourneValeur(CCtxInfo* pclCtx, const void* pValeur, int nType) override {
+        STRetourVM st{pclCtx, nType, {}, {}};
         size_t nTaille = sizeof(void*);
         if (nType == 1 || nType == 8) nTaille = 4;
         if (nType == 17) nTaille = 1;
