@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include "LuaScriptSupport.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -17,21 +19,6 @@
 #include <vector>
 
 namespace {
-
-std::vector<std::string> s_tabScripts(const char* pszDossier, const char* pszPrefixe) {
-    std::vector<std::string> tab;
-    if (DIR* pDir = opendir(pszDossier)) {
-        while (dirent* p = readdir(pDir)) {
-            std::string s = p->d_name;
-            if (s.size() > 4 && s.compare(s.size() - 4, 4, ".lua") == 0 &&
-                s.rfind(pszPrefixe, 0) == 0)
-                tab.push_back(std::string(pszDossier) + "/" + s);
-        }
-        closedir(pDir);
-    }
-    std::sort(tab.begin(), tab.end());
-    return tab;
-}
 
 // Runs a script with its arguments in `arg`; the error text, empty on success.
 std::string s_sExecute(const std::string& sScript, const std::vector<std::string>& tabArgs = {}) {
@@ -61,40 +48,24 @@ std::string s_sExecute(const std::string& sScript, const std::vector<std::string
     return sErreur;
 }
 
-bool s_bComposanteChargee() {
-    void* h = dlopen(KVGGL_SO_PATH, RTLD_NOW | RTLD_NOLOAD);
-    if (h)
-        dlclose(h);
-    return h != nullptr;
-}
-
-std::string s_sNomTest(const testing::TestParamInfo<std::string>& st) {
-    std::string s = st.param.substr(st.param.rfind('/') + 1);
-    s = s.substr(0, s.size() - 4);
-    for (char& c : s)
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
-    return s;
-}
-
 class Scripts : public testing::TestWithParam<std::string> {};
 
 TEST_P(Scripts, Reussit) {
     std::string sErreur = s_sExecute(GetParam());
     EXPECT_EQ(sErreur, "");
-    EXPECT_FALSE(s_bComposanteChargee()) << "an object outlived its Lua state";
+    EXPECT_FALSE(KVLuaTest::bComposanteChargee()) << "an object outlived its Lua state";
 }
-INSTANTIATE_TEST_SUITE_P(Lua, Scripts, testing::ValuesIn(s_tabScripts(KVGGL_LUA_SCRIPTS, "test_")),
-                         s_sNomTest);
+INSTANTIATE_TEST_SUITE_P(Lua, Scripts, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_LUA_SCRIPTS, "test_")),
+                         KVLuaTest::sNomTest);
 
 // The examples run as they are, and clean up as well.
 class Exemples : public testing::TestWithParam<std::string> {};
 TEST_P(Exemples, Tournent) {
     EXPECT_EQ(s_sExecute(GetParam()), "");
-    EXPECT_FALSE(s_bComposanteChargee());
+    EXPECT_FALSE(KVLuaTest::bComposanteChargee());
 }
-INSTANTIATE_TEST_SUITE_P(Lua, Exemples, testing::ValuesIn(s_tabScripts(KVGGL_EXAMPLES, "maps")),
-                         s_sNomTest);
+INSTANTIATE_TEST_SUITE_P(Lua, Exemples, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "maps")),
+                         KVLuaTest::sNomTest);
 
 TEST(Lua, UnScriptQuiEchoueEstVu) {
     std::string sScript = std::string(KVGGL_LUA_SCRIPTS) + "/support_fails.lua";
@@ -102,7 +73,7 @@ TEST(Lua, UnScriptQuiEchoueEstVu) {
     EXPECT_NE(sErreur.find("bad argument #2 to 'GglRequete'"), std::string::npos) << sErreur;
     EXPECT_NE(sErreur.find("support_fails.lua:"), std::string::npos)
         << "the message says where: " << sErreur;
-    EXPECT_FALSE(s_bComposanteChargee());
+    EXPECT_FALSE(KVLuaTest::bComposanteChargee());
 }
 
 TEST(Lua, DeuxEtatsPartagentUnHote) {
@@ -117,10 +88,10 @@ TEST(Lua, DeuxEtatsPartagentUnHote) {
             << lua_tostring(L, -1);
     }
     lua_close(L1);
-    EXPECT_TRUE(s_bComposanteChargee()) << "the second state still uses it";
+    EXPECT_TRUE(KVLuaTest::bComposanteChargee()) << "the second state still uses it";
     ASSERT_EQ(luaL_dostring(L2, "assert(c.Epaisseur == 7)"), LUA_OK) << lua_tostring(L2, -1);
     lua_close(L2);
-    EXPECT_FALSE(s_bComposanteChargee());
+    EXPECT_FALSE(KVLuaTest::bComposanteChargee());
 }
 
 TEST(Lua, SansComposanteLeModuleNeSeChargePas) {

@@ -26,6 +26,8 @@
 
 #include <gtest/gtest.h>
 
+#include "LuaScriptSupport.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -287,21 +289,6 @@ int s_nOpenWire(lua_State* L) {
     return 1;
 }
 
-std::vector<std::string> s_tabScripts(const char* pszDossier, const char* pszPrefixe) {
-    std::vector<std::string> tab;
-    if (DIR* pDir = opendir(pszDossier)) {
-        while (dirent* p = readdir(pDir)) {
-            std::string s = p->d_name;
-            if (s.size() > 4 && s.compare(s.size() - 4, 4, ".lua") == 0 &&
-                s.rfind(pszPrefixe, 0) == 0)
-                tab.push_back(std::string(pszDossier) + "/" + s);
-        }
-        closedir(pDir);
-    }
-    std::sort(tab.begin(), tab.end());
-    return tab;
-}
-
 // The settings of a user who runs a script by hand against the emulators.
 void s_SetHostEnvironment(int nPort) {
     setenv("KVGGL_COMPONENT", KVGGL_SO_PATH, 1);
@@ -326,28 +313,12 @@ std::string s_sExecute(const std::string& sScript) {
     return sErreur;
 }
 
-bool s_bComposanteChargee() {
-    void* h = dlopen(KVGGL_SO_PATH, RTLD_NOW | RTLD_NOLOAD);
-    if (h)
-        dlclose(h);
-    return h != nullptr;
-}
-
-std::string s_sNomTest(const testing::TestParamInfo<std::string>& st) {
-    std::string s = st.param.substr(st.param.rfind('/') + 1);
-    s = s.substr(0, s.size() - 4);
-    for (char& c : s)
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
-    return s;
-}
-
 void s_Run(const std::string& sScript) {
     const int nPort = s_nFixturePort();
     ASSERT_GT(nPort, 0) << "no port in the fixture's file: is kvggl_emulators running?";
     s_SetHostEnvironment(nPort);
     EXPECT_EQ(s_sExecute(sScript), "");
-    EXPECT_FALSE(s_bComposanteChargee()) << "an object outlived its Lua state";
+    EXPECT_FALSE(KVLuaTest::bComposanteChargee()) << "an object outlived its Lua state";
 }
 
 class Scripts : public testing::TestWithParam<std::string> {};
@@ -355,16 +326,16 @@ TEST_P(Scripts, Reussit) {
     s_Run(GetParam());
 }
 INSTANTIATE_TEST_SUITE_P(Wire, Scripts,
-                         testing::ValuesIn(s_tabScripts(KVGGL_LUA_WIRE_SCRIPTS, "test_")),
-                         s_sNomTest);
+                         testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_LUA_WIRE_SCRIPTS, "test_")),
+                         KVLuaTest::sNomTest);
 
 // The tour runs as a user runs it.
 class Exemples : public testing::TestWithParam<std::string> {};
 TEST_P(Exemples, Tournent) {
     s_Run(GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(Wire, Exemples, testing::ValuesIn(s_tabScripts(KVGGL_EXAMPLES, "google")),
-                         s_sNomTest);
+INSTANTIATE_TEST_SUITE_P(Wire, Exemples, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "google")),
+                         KVLuaTest::sNomTest);
 
 // The helper itself: a failing script is seen, with the place, and the other state's error
 // comes back as an error of this one.
