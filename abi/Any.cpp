@@ -1393,26 +1393,30 @@ void CAny::SetREAL(double r) {
     Ecrit(m_abyValeur, r);
 }
 
+template <class T> int CAny::_nAffecteTexte(uint16_t nCode, const T* p, size_t n) {
+    if (m_nType == nCode) {
+        // The value's own text takes the new one: in place when nobody shares its block and it
+        // has the room, else a new block. Unchanged on failure.
+        auto s = CXYString<T>::Adopt(tLit<T*>(m_abyValeur));
+        int nRes = s.nAffecte(p, n);
+        Ecrit(m_abyValeur, s.pDetach());
+        return nRes;
+    }
+    CXYString<T> s;
+    int nRes = s.nAffecte(p, n);
+    if (!KV_bSucces(nRes))
+        return nRes;
+    (void)nReinitialise(nCode);
+    Ecrit(m_abyValeur, s.pDetach());
+    return KV_OK;
+}
+
 int CAny::__nSetString(const wchar_t* psz, int nLongueur, const STOCAW* pstOptions) {
     unsigned nCP;
     if (!KV_bSucces(s_nCodePage(pstOptions, nCP)) || nLongueur < -1 || (!psz && nLongueur > 0))
         return KV_ERR_PARAMETRE;
     size_t n = !psz ? 0 : nLongueur < 0 ? std::wcslen(psz) : static_cast<size_t>(nLongueur);
-    if (m_nType == 16) {
-        // The value's own text takes the new one: in place when nobody shares its block and it
-        // has the room, else a new block. Unchanged on failure.
-        auto s = CXYString<wchar_t>::Adopt(tLit<wchar_t*>(m_abyValeur));
-        int nRes = s.nAffecte(psz, n);
-        Ecrit(m_abyValeur, s.pDetach());
-        return nRes;
-    }
-    CXYString<wchar_t> s;
-    int nRes = s.nAffecte(psz, n);
-    if (!KV_bSucces(nRes))
-        return nRes;
-    (void)nReinitialise(16);
-    Ecrit(m_abyValeur, s.pDetach());
-    return KV_OK;
+    return _nAffecteTexte<wchar_t>(16, psz, n);
 }
 void CAny::SetString(const CXYString<wchar_t>& s) {
     CXYString<wchar_t> clCopie(s);
@@ -1423,20 +1427,7 @@ int CAny::SetStringA(const char* psz, int nLongueur) {
     if (nLongueur < -1 || (!psz && nLongueur > 0))
         return KV_ERR_PARAMETRE;
     size_t n = !psz ? 0 : nLongueur < 0 ? std::strlen(psz) : static_cast<size_t>(nLongueur);
-    if (m_nType == 19) {
-        // As for wide text: the value's own block when it can take the text.
-        auto s = CXYString<char>::Adopt(tLit<char*>(m_abyValeur));
-        int nRes = s.nAffecte(psz, n);
-        Ecrit(m_abyValeur, s.pDetach());
-        return nRes;
-    }
-    CXYString<char> s;
-    int nRes = s.nAffecte(psz, n);
-    if (!KV_bSucces(nRes))
-        return nRes;
-    (void)nReinitialise(19);
-    Ecrit(m_abyValeur, s.pDetach());
-    return KV_OK;
+    return _nAffecteTexte<char>(19, psz, n);
 }
 void CAny::SetStringA(const CXYString<char>& s) {
     CXYString<char> clCopie(s);

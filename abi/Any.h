@@ -245,6 +245,8 @@ private:
     int nLit(STAnyNeutre& st, unsigned nCodePage) const;
     // Releases the value and makes it type nCode (already effective) with its default.
     int nReinitialise(uint16_t nCode);
+    // Text into a value of the text type nCode (16 wide, 19 narrow); unchanged on failure.
+    template <class T> int _nAffecteTexte(uint16_t nCode, const T* p, size_t n);
 
     alignas(8) unsigned char m_abyImpl[8];
     CAny_Intern* m_pclImpl;
