@@ -83,6 +83,16 @@ public:
                                const wchar_t* pszURL, int nMethode);
     CXYString<char> GglRequete(CCtxInfo* pclCtx, CXError* pclErreur, int nBit,
                                const wchar_t* pszURL, const wchar_t* pszCorps, int nMethode);
+    // Without a method, a GET.
+    CXYString<char> GglRequete(CCtxInfo* pclCtx, CXError* pclErreur, int nBit,
+                               const wchar_t* pszURL) {
+        return GglRequete(pclCtx, pclErreur, nBit, pszURL, knGglRequeteGET);
+    }
+    CXYString<char> GglRequete(CCtxInfo* pclCtx, CXError* pclErreur, int nBit,
+                               const wchar_t* pszURL, const wchar_t* pszCorps) {
+        return GglRequete(pclCtx, pclErreur, nBit, pszURL, pszCorps, knGglRequeteGET);
+    }
+    static constexpr int knGglRequeteGET = 1;
 
     // ---- for the services
     // The first step of every service call: a token is there, or a login brings one.

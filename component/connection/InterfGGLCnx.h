@@ -1,30 +1,11 @@
-// The interactive authorisation of a connection. IInterfGGLCnx is what the driver
-// CComposanteGGL::s_bAuthIdentifie needs of a provider: its client data, the login address,
-// and how to turn the browser's return into tokens. CInterfGGLCnx is Google's side, made on
-// the stack of a login for the services it asks.
+// Google's side of the interactive authorisation (frame/InterfAuthentification.h has the
+// interface the driver needs), made on the stack of a login for the services it asks.
 #pragma once
 #include "XYString.h"
+#include "frame/InterfAuthentification.h"
 
 class CGoogleConnexion;
 class CXError;
-
-class IInterfGGLCnx {
-public:
-    virtual const wchar_t* sGetClientID() const = 0;
-    virtual const wchar_t* sGetClientSecret() const = 0;
-    // Whether the host is to run the dialogue in the user's browser.
-    virtual bool bGetParNavigateur() const = 0;
-    // The provider's authorisation address with its query, before redirect_uri and state;
-    // valid until the next call.
-    virtual const wchar_t* sGetURLLogin() const = 0;
-    // pszReponse: the raw head of the request that reached pszRedirection, request line first.
-    virtual bool bProcessRedirectionHTTP(const wchar_t* pszReponse,
-                                         const wchar_t* pszRedirection) = 0;
-    virtual const wchar_t* sGetURLRedirection() const = 0;
-
-protected:
-    ~IInterfGGLCnx() = default;
-};
 
 // What the browser's return carried, each field empty when absent.
 struct stInfoResHTTP {

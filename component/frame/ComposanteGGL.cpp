@@ -1,6 +1,6 @@
 #include "ComposanteGGL.h"
 
-#include "connection/InterfGGLCnx.h"
+#include "frame/InterfAuthentification.h"
 
 #include "Any.h"
 #include "HTTPService.h"

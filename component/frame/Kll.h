@@ -53,9 +53,10 @@
 //       syntax k of a free function, handler KLL_<Function>_<k>
 //   KLL_SYNTAX_NONE(Function, k, Result, Parameter...)
 //       a syntax registered without a handler: the host finds a null pointer
-//   KLL_SYNTAX_UNFILLED(Class, Function, k, nParameters)
+//   KLL_SYNTAX_UNFILLED(Class, Function, k, nParameters, Parameter...)
 //       a syntax with a handler and no signature (an empty item list): it returns nothing,
-//       and reads nParameters values, the served object included
+//       and reads nParameters values, the served object included; the Parameter tokens are
+//       not registered, they only tell the generated stub how to read them
 //   KLL_FUNCTION_END(Function)
 //
 // Constant rows (frame/Constants.def; order matters: constant-number order)

@@ -19,13 +19,11 @@
 //   KLL_ACCESSOR     Accesseur<N>(CCtxInfo*, CXError*), returning the collection interface
 // The global object handler returns null: no class has one.
 //
-// Method stubs (the syntaxes of frame/Functions.def) differ in their defaults, so each is
-// written out, with the argument readers below:
+// Method stubs come from the syntax rows of frame/Functions.def: frame/KllMethodStubs.h
+// documents how a class's source asks for them.
 //
-//     KLL_METHOD_STUB(CGoogleConnexion, GglListeAgenda, 1) {
-//         KllRetourne(pclCtx, 112, KLL_OBJET(CGoogleConnexion)->GglListeAgenda(
-//                                      pclCtx, pclErreur, KllArgEntier(ppArguments, 0)));
-//     }
+// Every stub runs its body through the exception barrier (frame/KllBarriere.h): nothing thrown
+// reaches the host.
 //
 // No include guard on the last part: each inclusion sets the row macros again, after the
 // previous .def #undef'd them.
@@ -38,6 +36,7 @@
 #include "ObjectInterfaces.h"
 #include "XYString.h"
 #include "frame/Kll.h"
+#include "frame/KllBarriere.h"
 #include "frame/KllRetour.h"
 
 #include <cstdint>
@@ -132,11 +131,6 @@ template <class C> IObjetBase* KllObjetBase(C* pclObjet) {
 
 #define KLL_OBJET(C) static_cast<C*>(pObjet)
 
-#define KLL_METHOD_STUB(C, F, k)                                                                   \
-    extern "C" void KLL_##C##_M_##F##_S##k(void* pObjet,                                           \
-                                           [[maybe_unused]] unsigned char** ppArguments,           \
-                                           CCtxInfo* pclCtx, CXError* pclErreur)
-
 #define KLL_STUB_CLASS(C)                                                                          \
     extern "C" void KLL_##C##_T(ITypeDescription* piType) {                                        \
         C::ms_piType = piType;                                                                     \
@@ -146,10 +140,12 @@ template <class C> IObjetBase* KllObjetBase(C* pclObjet) {
     }                                                                                              \
     extern "C" void KLL_##C##_C(void* pObjet, void* pSource, CCtxInfo* pclCtx,                     \
                                 CXError* pclErreur) {                                              \
-        KLL_OBJET(C)->CopieObjet(pclCtx, pclErreur, static_cast<C*>(pSource));                     \
+        KllSousBarriere(pclErreur, [&] {                                                           \
+            KLL_OBJET(C)->CopieObjet(pclCtx, pclErreur, static_cast<C*>(pSource));                 \
+        });                                                                                        \
     }                                                                                              \
     extern "C" void KLL_##C##_RAZ(void* pObjet, CCtxInfo* pclCtx, CXError* pclErreur) {            \
-        KLL_OBJET(C)->RAZObjet(pclCtx, pclErreur);                                                 \
+        KllSousBarriere(pclErreur, [&] { KLL_OBJET(C)->RAZObjet(pclCtx, pclErreur); });            \
     }
 
 #define KLL_STUB_CREE_0(C) C::s_pclCreeObjet(pclCtx, pclErreur)
@@ -159,14 +155,17 @@ template <class C> IObjetBase* KllObjetBase(C* pclObjet) {
 #define KLL_STUB_CONSTRUCTOR(C, k)                                                                 \
     extern "C" void* KLL_##C##_C_##k([[maybe_unused]] unsigned char** ppArguments,                 \
                                      CCtxInfo* pclCtx, CXError* pclErreur) {                       \
-        return KllObjetBase(KLL_STUB_CREE_##k(C));                                                 \
+        return KllSousBarriere(pclErreur, static_cast<IObjetBase*>(nullptr),                       \
+                               [&] { return KllObjetBase(KLL_STUB_CREE_##k(C)); });                \
     }
 
 // One writer: _S_ calls Set<P>, _FS_ calls Force<P>.
 #define KLL_STUB_WRITER(C, P, T, Suffixe, Methode)                                                 \
     extern "C" void KLL_##C##_##Suffixe##_##P(void* pObjet, unsigned char** ppArguments,           \
                                               CCtxInfo* pclCtx, CXError* pclErreur) {              \
-        KLL_OBJET(C)->Methode##P(pclCtx, pclErreur, KLL_ARG_##T(ppArguments, 0));                  \
+        KllSousBarriere(pclErreur, [&] {                                                           \
+            KLL_OBJET(C)->Methode##P(pclCtx, pclErreur, KLL_ARG_##T(ppArguments, 0));              \
+        });                                                                                        \
     }
 #define KLL_STUB_WRITERS_RW(C, P, T) KLL_STUB_WRITER(C, P, T, S, Set)
 #define KLL_STUB_WRITERS_RW_COMPAT(C, P, T) KLL_STUB_WRITER(C, P, T, S, Set)
@@ -177,13 +176,17 @@ template <class C> IObjetBase* KllObjetBase(C* pclObjet) {
 
 #define KLL_STUB_PROPERTY(C, P, T, A)                                                              \
     extern "C" void KLL_##C##_G_##P(void* pObjet, CCtxInfo* pclCtx, CXError* pclErreur) {          \
-        KllRetourne(pclCtx, KLL_TYPE_##T & 0xFFFF, KLL_OBJET(C)->Get##P(pclCtx, pclErreur));       \
+        KllSousBarriere(pclErreur, [&] {                                                           \
+            KllRetourne(pclCtx, KLL_TYPE_##T & 0xFFFF, KLL_OBJET(C)->Get##P(pclCtx, pclErreur));   \
+        });                                                                                        \
     }                                                                                              \
     KLL_STUB_WRITERS_##A(C, P, T)
 
 #define KLL_STUB_ACCESSOR(C, N)                                                                    \
     extern "C" void* KLL_##C##_A_##N(void* pObjet, CCtxInfo* pclCtx, CXError* pclErreur) {         \
-        return KLL_OBJET(C)->Accesseur##N(pclCtx, pclErreur);                                      \
+        return KllSousBarriere(pclErreur, static_cast<void*>(nullptr), [&]() -> void* {            \
+            return KLL_OBJET(C)->Accesseur##N(pclCtx, pclErreur);                                  \
+        });                                                                                        \
     }
 
 #endif // KVGGL_FRAME_KLLSTUBS_H

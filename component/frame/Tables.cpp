@@ -50,7 +50,7 @@ using FKLLLibre = std::remove_pointer_t<PFNKLLLibre>;
 #include "frame/Classes.def"
 
 #define KLL_SYNTAX(C, F, k, R, ...) KLL_FAIBLE FKLLMethode KLL_##C##_M_##F##_S##k;
-#define KLL_SYNTAX_UNFILLED(C, F, k, n) KLL_FAIBLE FKLLMethode KLL_##C##_M_##F##_S##k;
+#define KLL_SYNTAX_UNFILLED(C, F, k, n, ...) KLL_FAIBLE FKLLMethode KLL_##C##_M_##F##_S##k;
 #define KLL_SYNTAX_FREE(F, k, R, ...) KLL_FAIBLE FKLLLibre KLL_##F##_##k;
 #include "frame/Functions.def"
 
@@ -221,7 +221,7 @@ constexpr bool bIndicesEnOrdre(const unsigned* p, size_t n) {
 #define KLL_SYNTAX(C, F, k, R, ...) k,
 #define KLL_SYNTAX_FREE(F, k, R, ...) k,
 #define KLL_SYNTAX_NONE(F, k, R, ...) k,
-#define KLL_SYNTAX_UNFILLED(C, F, k, n) k,
+#define KLL_SYNTAX_UNFILLED(C, F, k, n, ...) k,
 #define KLL_FUNCTION_END(F)                                                                        \
     }                                                                                              \
     ;                                                                                              \
@@ -274,7 +274,7 @@ static_assert(gtabNumeroFonction[0] == 1 &&
     {{.pfnLibre = &KLL_##F##_##k}, 0, gbySignature_##F##_##k, KLL_OPT_LIBRE | KLL_NB_PARAM(F, k)},
 #define KLL_SYNTAX_NONE(F, k, R, ...)                                                              \
     {{.pfnMethode = nullptr}, 0, gbySignature_##F##_##k, KLL_OPT_METHODE | KLL_NB_PARAM(F, k)},
-#define KLL_SYNTAX_UNFILLED(C, F, k, n)                                                            \
+#define KLL_SYNTAX_UNFILLED(C, F, k, n, ...)                                                            \
     {{.pfnMethode = &KLL_##C##_M_##F##_S##k}, 0, gbyKllSignatureVide, KLL_OPT_METHODE | (n)},
 #define KLL_FUNCTION_END(F)                                                                        \
     }                                                                                              \

@@ -45,7 +45,7 @@ int gnSondeTables = 0; // each probe writes its own number, so that no two are a
 #include "frame/Classes.def"
 #define KLL_SYNTAX(C, F, k, R, ...)                                                                \
     KLL_SONDE void KLL_##C##_M_##F##_S##k(void*, unsigned char**, CCtxInfo*, CXError*) KLL_CORPS
-#define KLL_SYNTAX_UNFILLED(C, F, k, n)                                                            \
+#define KLL_SYNTAX_UNFILLED(C, F, k, n, ...)                                                            \
     KLL_SONDE void KLL_##C##_M_##F##_S##k(void*, unsigned char**, CCtxInfo*, CXError*) KLL_CORPS
 #define KLL_SYNTAX_FREE(F, k, R, ...)                                                              \
     KLL_SONDE int KLL_##F##_##k(STKLAppel*, void*, unsigned char**) {                              \
@@ -86,7 +86,7 @@ std::vector<STSonde> TabSonde(char cGenre) {
 #define KLL_ACCESSOR(C, N, TR, M) KLL_SONDE_NOM('a', C, N, &KLL_##C##_A_##N)
 #include "frame/Classes.def"
 #define KLL_SYNTAX(C, F, k, R, ...) KLL_SONDE_NOM('m', F, k, &KLL_##C##_M_##F##_S##k)
-#define KLL_SYNTAX_UNFILLED(C, F, k, n) KLL_SONDE_NOM('m', F, k, &KLL_##C##_M_##F##_S##k)
+#define KLL_SYNTAX_UNFILLED(C, F, k, n, ...) KLL_SONDE_NOM('m', F, k, &KLL_##C##_M_##F##_S##k)
 #define KLL_SYNTAX_FREE(F, k, R, ...) KLL_SONDE_NOM('m', F, k, &KLL_##F##_##k)
 #include "frame/Functions.def"
 #undef KLL_SONDE_NOM

@@ -1,0 +1,22 @@
+// What the login driver CComposanteGGL::s_bAuthIdentifie needs of a provider: its client
+// data, the login address, and how to turn the browser's return into tokens. The frame owns
+// the interface and the connections implement it, so that the frame never reaches into them.
+#pragma once
+
+class IInterfGGLCnx {
+public:
+    virtual const wchar_t* sGetClientID() const = 0;
+    virtual const wchar_t* sGetClientSecret() const = 0;
+    // Whether the host is to run the dialogue in the user's browser.
+    virtual bool bGetParNavigateur() const = 0;
+    // The provider's authorisation address with its query, before redirect_uri and state;
+    // valid until the next call.
+    virtual const wchar_t* sGetURLLogin() const = 0;
+    // pszReponse: the raw head of the request that reached pszRedirection, request line first.
+    virtual bool bProcessRedirectionHTTP(const wchar_t* pszReponse,
+                                         const wchar_t* pszRedirection) = 0;
+    virtual const wchar_t* sGetURLRedirection() const = 0;
+
+protected:
+    ~IInterfGGLCnx() = default;
+};
