@@ -1,6 +1,6 @@
 # The name block gbyBlocNom_60: tools/PackNames reads the vocabulary's .def files (it includes
 # them, so its own build follows their edits) and writes the block as a generated source of
-# the component. Included at the end of component/CMakeLists.txt.
+# the component's frame. Included by component/CMakeLists.txt before the layers.
 add_executable(PackNames ${PROJECT_SOURCE_DIR}/tools/PackNames.cpp)
 target_include_directories(PackNames PRIVATE ${PROJECT_SOURCE_DIR}/component)
 target_link_libraries(PackNames PRIVATE kvabi)
@@ -14,4 +14,3 @@ add_custom_command(
     DEPENDS PackNames
     COMMENT "Packing the name block"
     VERBATIM)
-target_sources(kvggl_component_obj PRIVATE ${KVGGL_NAME_BLOCK})

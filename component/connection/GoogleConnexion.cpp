@@ -10,7 +10,7 @@
 #include "frame/ComposanteGGL.h"
 #include "frame/ModuleInfo.h"
 #include "frame/XErrorModule60.h"
-#include "oauth/OAuth2TokenBase.h"
+#include "connection/OAuth2TokenBase.h"
 
 #include "Any.h"
 #include "HTTPService.h"

@@ -2,7 +2,7 @@
 // match loosely (blanks around them, case and accents ignored), and the walk goes into every
 // object, so a nested "message" of an error answer reaches the error text too.
 #pragma once
-#include "oauth/OAuth2TokenBase.h"
+#include "connection/OAuth2TokenBase.h"
 
 #include "JSONService.h"
 #include "XYString.h"

@@ -11,7 +11,7 @@
 #include "frame/ComposanteGGL.h"
 #include "frame/InformationDLL.h"
 #include "frame/Tables.h"
-#include "oauth/OAuth2TokenBase.h"
+#include "connection/OAuth2TokenBase.h"
 
 #include "Ref.h"
 #include "Resources.h"
