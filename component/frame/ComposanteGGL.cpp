@@ -1,6 +1,7 @@
 #include "ComposanteGGL.h"
 
 #include "frame/InterfAuthentification.h"
+#include "frame/KllBarriere.h"
 
 #include "Any.h"
 #include "HTTPService.h"
@@ -175,5 +176,6 @@ bool CComposanteGGL::s_bAuthIdentifie(IInterfGGLCnx& clInterface, IVM* piVM, int
 }
 
 extern "C" void* __KLL_COMPOSANTE_FACTORY_60() {
-    return static_cast<IKLLibrary*>(new CComposanteGGL);
+    return KllSousBarriere(nullptr, static_cast<IKLLibrary*>(nullptr),
+                           [] { return static_cast<IKLLibrary*>(new CComposanteGGL); });
 }

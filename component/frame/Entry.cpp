@@ -6,6 +6,7 @@
 #include "ModuleInfo.h"
 #include "Resources.h"
 #include "XYString.h"
+#include "frame/KllBarriere.h"
 
 #include "ObjectInterfaces.h"
 
@@ -74,7 +75,7 @@ uint64_t nPointeur(const void* p) { return reinterpret_cast<uint64_t>(p); }
 
 KLL_EXPORT int CheckVersion() { return 22; }
 
-KLL_EXPORT int bExternalInitLibrary(void* hInstance) {
+static int bExternalInitLibraryNu(void* hInstance) {
     if (gnNbInit++ <= 0) {
         DLLRES_bInit(hInstance, 0);
         CKLLibrary::bInit(hInstance);
@@ -83,14 +84,14 @@ KLL_EXPORT int bExternalInitLibrary(void* hInstance) {
     return 1;
 }
 
-KLL_EXPORT void ExternalTermLibrary() {
+static void ExternalTermLibraryNu() {
     if (--gnNbInit != 0) return;
     CBaseExecutionDLL::s_TermineDLL();
     CKLLibrary::Term();
     DLLRES_Term();
 }
 
-KLL_EXPORT uint64_t Execution(uint32_t nCode, uint64_t nArgument) {
+static uint64_t nExecutionNu(uint32_t nCode, uint64_t nArgument) {
     CBaseExecutionDLL* pcl = gpclExecutionDLL60;
     switch (nCode) {
     case EXECUTION_INITIALISE:
@@ -165,7 +166,7 @@ static_assert(offsetof(STChargeChaine, nCapacite) == 16 &&
               offsetof(STChargeChaine, nResultat) == 20);
 } // namespace
 
-KLL_EXPORT uint64_t CommandeComposante(uint64_t nCommande, uint64_t nArgument) {
+static uint64_t nCommandeComposanteNu(uint64_t nCommande, uint64_t nArgument) {
     switch (nCommande) {
     case 2:
         gpfnLoadStringKVM = reinterpret_cast<PFNLoadStringKVM>(nArgument);
@@ -186,7 +187,9 @@ KLL_EXPORT uint64_t CommandeComposante(uint64_t nCommande, uint64_t nArgument) {
     }
 }
 
-KLL_EXPORT void* pQueryProxy(int n) { return n == 60 ? __KLL_COMPOSANTE_FACTORY_60() : nullptr; }
+KLL_EXPORT void* pQueryProxy(int n) {
+    return n == 60 ? __KLL_COMPOSANTE_FACTORY_60() : nullptr; // the factory keeps its own barrier
+}
 
 KLL_EXPORT void DeclareProxy(void* p1, void* p2, void* p3, void* p4) {
     // This component declares no proxy.
@@ -234,7 +237,8 @@ KLL_EXPORT int bInitKLConvFromVM(void* hVM, int nVersion, int nVersionCompat) {
 
 // Strings for the host: a counted copy of a text, a line of a text, a character of a text.
 KLL_EXPORT wchar_t* STRG_pszCreate(const wchar_t* psz) {
-    return CXYString<wchar_t>(psz).pDetach();
+    return KllSousBarriere(nullptr, static_cast<wchar_t*>(nullptr),
+                           [&] { return CXYString<wchar_t>(psz).pDetach(); });
 }
 
 KLL_EXPORT int STRG_nGetLine(const wchar_t* pszTexte, int nLigne, wchar_t* pszTampon,
@@ -258,4 +262,23 @@ KLL_EXPORT int STRG_nGetChar(const wchar_t* pszTexte, int nIndice) {
     for (int i = 0; i < nIndice; ++i)
         if (!pszTexte[i]) return -1;
     return pszTexte[nIndice] ? static_cast<int>(pszTexte[nIndice]) : -1;
+}
+
+// The entry points whose work may allocate, behind the exception barrier: the host sees a
+// failed answer, never an exception.
+KLL_EXPORT int bExternalInitLibrary(void* hInstance) {
+    return KllSousBarriere(nullptr, 0, [&] { return bExternalInitLibraryNu(hInstance); });
+}
+
+KLL_EXPORT void ExternalTermLibrary() {
+    KllSousBarriere(nullptr, [] { ExternalTermLibraryNu(); });
+}
+
+KLL_EXPORT uint64_t Execution(uint32_t nCode, uint64_t nArgument) {
+    return KllSousBarriere(nullptr, uint64_t{0}, [&] { return nExecutionNu(nCode, nArgument); });
+}
+
+KLL_EXPORT uint64_t CommandeComposante(uint64_t nCommande, uint64_t nArgument) {
+    return KllSousBarriere(nullptr, uint64_t{0},
+                           [&] { return nCommandeComposanteNu(nCommande, nArgument); });
 }
