@@ -6,6 +6,7 @@
 
 #include "Any.h"
 #include "HTTPService.h"
+#include "KVResult.h"
 #include "Resources.h"
 #include "Utf8.h"
 #include "XError.h"
@@ -225,17 +226,25 @@ CHTTPResponse CConnexionOAuthBase::__HTTPAvecDonnees(IVM* piVM, CHTTPRequete& cl
 CKLBIN CConnexionOAuthBase::__RecupDonnees(IVM* piVM, CHTTPRequete& clRequete,
                                            CXError* pclErreur) {
     CKLBIN clCorps;
-    if (s_bEstFormulaire(clRequete)) {
-        const CXYString<wchar_t> sParametres = clRequete.csGetParametres(1, piVM, pclErreur);
-        const std::string sUtf8 = KVUtf8::VersUtf8(sParametres.sv());
-        if (!sUtf8.empty())
-            (void)clCorps.nAssign(sUtf8.data(), sUtf8.size());
-        return clCorps;
-    }
+    std::string sUtf8;
+    const void* pDonnees = nullptr;
     unsigned long nTaille = 0;
-    const unsigned char* pDonnees = clRequete.pGetDonnees(&nTaille);
-    if (nTaille)
-        (void)clCorps.nAssign(pDonnees, nTaille);
+    bool bEntier = true;
+    if (s_bEstFormulaire(clRequete)) {
+        sUtf8 = KVUtf8::VersUtf8(clRequete.csGetParametres(1, piVM, pclErreur).sv());
+        pDonnees = sUtf8.data();
+        nTaille = sUtf8.size();
+    } else {
+        pDonnees = clRequete.pGetDonnees(&nTaille);
+        bEntier = clRequete.bDonneesIntactes() && nTaille == clRequete.nGetTailleDonnees();
+    }
+    // A body that could not be kept or copied is an error of the call: the request must not
+    // go out with an empty or partial body in its place.
+    if (!bEntier || (nTaille && !KV_bSucces(clCorps.nAssign(pDonnees, nTaille)))) {
+        if (pclErreur)
+            pclErreur->SetErrorNoMemory();
+        return CKLBIN();
+    }
     return clCorps;
 }
 

@@ -367,9 +367,20 @@ IDocumentXML* CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clReponse, C
     }
     CXYString<wchar_t> sTexte;
     (void)clReponse.bGetMessage(sTexte);
-    IDocumentXML* piDocument = CComposanteGGL::s_piGetXMLDoc(sTexte.pszGet());
-    if (!piDocument)
+    _CXErrorModule60 clCause;
+    IDocumentXML* piDocument = CComposanteGGL::s_piGetXMLDoc(sTexte.pszGet(), clCause);
+    if (!piDocument) {
         pcl->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
+        // The parser's reason (where, and what it expected) goes along: as the cause, and in
+        // the debug text that a report shows.
+        if (!clCause.bEstPropre()) {
+            pcl->AddSubError(&clCause);
+            const wchar_t* pszRaison = *clCause.pszGetUserMessage() ? clCause.pszGetUserMessage()
+                                                                    : clCause.pszGetDebugMessage();
+            if (*pszRaison)
+                pcl->AddDebugMessagePrintf(L"##%ls##", pszRaison);
+        }
+    }
     return piDocument;
 }
 

@@ -84,16 +84,23 @@ CHTTPRequete::CHTTPRequete(CHTTPRequete& clSource)
     : m_tabParametres(clSource.m_tabParametres), m_tabNomsHeader(clSource.m_tabNomsHeader),
       m_tabValeursHeader(clSource.m_tabValeursHeader), m_sURL(clSource.m_sURL),
       m_sContentType(clSource.m_sContentType), m_eService(clSource.m_eService) {
-    for (size_t i = 0; i < clSource.m_clDonnees.nGetNbElement(); ++i) {
-        const CSimpleBuffer* pcl = clSource.m_clDonnees.pclGet(i);
-        auto* pclCopie = new (std::nothrow) CSimpleBuffer(*pcl);
-        if (pclCopie && pclCopie->nGetTaille() != pcl->nGetTaille()) { // memory ran out
-            delete pclCopie;
-            pclCopie = nullptr;
-        }
-        if (pclCopie)
-            m_clDonnees.bAjoute(pclCopie);
+    m_bDonneesPerdues = clSource.m_bDonneesPerdues;
+    for (size_t i = 0; i < clSource.m_clDonnees.nGetNbElement(); ++i)
+        _AjouteMorceau(clSource.m_clDonnees.pclGet(i)->pGetDonnees(),
+                       clSource.m_clDonnees.pclGet(i)->nGetTaille());
+}
+
+// One more piece of the body. A piece that memory cannot hold is remembered as lost: the body
+// is then no longer whole, and a sender refuses it rather than send what is left.
+void CHTTPRequete::_AjouteMorceau(const unsigned char* pDonnees, size_t nTaille) {
+    auto* pcl = new (std::nothrow) CSimpleBuffer;
+    if (!pcl || !pcl->bAffecte(pDonnees, nTaille)) {
+        delete pcl;
+        m_bDonneesPerdues = true;
+        return;
     }
+    if (!m_clDonnees.bAjoute(pcl))
+        m_bDonneesPerdues = true;
 }
 
 CHTTPRequete::~CHTTPRequete() = default;
@@ -134,14 +141,7 @@ void CHTTPRequete::RemplitEntetesHTTP(IEntetesHTTP* piEntetes) const {
 }
 
 void CHTTPRequete::AjouteDonnees(unsigned char* pDonnees, unsigned long nTaille) {
-    auto* pcl = new (std::nothrow) CSimpleBuffer;
-    if (!pcl)
-        return;
-    if (!pcl->bAffecte(pDonnees, nTaille)) {
-        delete pcl;
-        return;
-    }
-    m_clDonnees.bAjoute(pcl);
+    _AjouteMorceau(pDonnees, nTaille);
 }
 
 unsigned long CHTTPRequete::nGetTailleDonnees() const { return m_clDonnees.nGetTailleTotale(); }
@@ -149,10 +149,10 @@ unsigned long CHTTPRequete::nGetTailleDonnees() const { return m_clDonnees.nGetT
 unsigned char* CHTTPRequete::pGetDonnees(unsigned long* pnTaille) {
     const size_t nTotal = m_clDonnees.nGetTailleTotale();
     m_clAssemblage.bSetTaille(0);
-    if (!m_clAssemblage.bSetTaille(nTotal)) {
+    if (m_bDonneesPerdues || !m_clAssemblage.bSetTaille(nTotal)) {
         if (pnTaille)
             *pnTaille = 0;
-        return m_clAssemblage.pGetDonnees();
+        return nullptr;
     }
     size_t nPos = 0;
     for (size_t i = 0; i < m_clDonnees.nGetNbElement(); ++i) {

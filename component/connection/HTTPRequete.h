@@ -108,6 +108,9 @@ public:
     unsigned long nGetTailleDonnees() const;
     // The chunks joined, in a buffer that the next call or the destruction invalidates.
     unsigned char* pGetDonnees(unsigned long* pnTaille);
+    // False once a piece of the body could not be kept (memory ran out): the body is not whole
+    // and pGetDonnees gives nothing.
+    bool bDonneesIntactes() const { return !m_bDonneesPerdues; }
 
     // The parameters joined by "&", each one URL-encoded by the host when bEncode is set.
     CXYString<wchar_t> csGetParametres(int bEncode, IVM* piVM, CXError* pclErreur) const;
@@ -130,4 +133,7 @@ private:
     CXYString<wchar_t> m_sContentType; // the MIME text itself
     eSERVICESGOOGLE m_eService;
     CSimpleBuffer m_clAssemblage; // what pGetDonnees gives out
+    bool m_bDonneesPerdues = false;
+
+    void _AjouteMorceau(const unsigned char* pDonnees, size_t nTaille);
 };

@@ -1,5 +1,7 @@
 #include "SimpleBuffer.h"
 
+#include "StrMemAlloc.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -35,7 +37,12 @@ CSimpleBuffer& CSimpleBuffer::operator=(CSimpleBuffer&& o) noexcept {
     return *this;
 }
 
-CSimpleBuffer::~CSimpleBuffer() { std::free(m_pby); }
+// The module's allocator: the host's once it has spoken, so that its limits and its fault
+// hooks reach request bodies too.
+CSimpleBuffer::~CSimpleBuffer() {
+    if (m_pby)
+        CInformationModule::s_Allocateur().vLibere(m_pby);
+}
 
 bool CSimpleBuffer::_bReserve(size_t nCapacite) {
     if (nCapacite <= m_nCapacite)
@@ -44,10 +51,11 @@ bool CSimpleBuffer::_bReserve(size_t nCapacite) {
     size_t nNouvelle = m_nCapacite * 2;
     if (nNouvelle < nCapacite)
         nNouvelle = nCapacite;
-    void* p = std::realloc(m_pby, nNouvelle);
+    IStrMemAlloc& clAlloc = CInformationModule::s_Allocateur();
+    void* p = clAlloc.vpRealloue(m_pby, nNouvelle);
     if (!p && nNouvelle > nCapacite) {
         nNouvelle = nCapacite;
-        p = std::realloc(m_pby, nNouvelle);
+        p = clAlloc.vpRealloue(m_pby, nNouvelle);
     }
     if (!p)
         return false;

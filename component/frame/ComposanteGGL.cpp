@@ -123,12 +123,16 @@ IMainIMG* CComposanteGGL::s_piGetIMainIMG() {
 
 IDocumentXML* CComposanteGGL::s_piGetXMLDoc(const wchar_t* pszTexte) {
     _CXErrorModule60 clErreur;
-    IGestionnaireXML* piXML = piGestionXML(&clErreur);
+    return s_piGetXMLDoc(pszTexte, clErreur);
+}
+
+IDocumentXML* CComposanteGGL::s_piGetXMLDoc(const wchar_t* pszTexte, CXError& clCause) {
+    IGestionnaireXML* piXML = piGestionXML(&clCause);
     if (!piXML) return nullptr;
-    if (!pszTexte || !*pszTexte) return piXML->vpiCreeDocument(&clErreur);
+    if (!pszTexte || !*pszTexte) return piXML->vpiCreeDocument(&clCause);
     CAny clTexte;
     clTexte.__nSetString(pszTexte);
-    return piXML->vpiAnalyse(clTexte, &clErreur);
+    return piXML->vpiAnalyse(clTexte, &clCause);
 }
 
 IDocumentXML* piGetXMLDoc(const wchar_t* pszTexte) { return CComposanteGGL::s_piGetXMLDoc(pszTexte); }

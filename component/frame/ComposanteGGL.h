@@ -40,6 +40,8 @@ public:
     // A new document: empty for a null or empty text, else the text parsed; null when the
     // host has no XML service or the text does not parse.
     static IDocumentXML* s_piGetXMLDoc(const wchar_t* pszTexte);
+    // The same, with what the service said when it could not make or parse the document.
+    static IDocumentXML* s_piGetXMLDoc(const wchar_t* pszTexte, CXError& clCause);
     // An empty host array for elements of the given type; null, and the array released, on
     // failure.
     static IKLTableau* s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErreur,

@@ -75,3 +75,23 @@ assert(err, "an endless chain fails")
 W.eq(result, "", "no text")
 W.contains(err.message, "21 redirects in a row", "the host's reason")
 W.eq(#W.log(mark), 21, "the first request and 20 hops went out")
+
+-- A 301 or 302 that names no address: the connection asks for the empty address, as its rules
+-- say, and the host refuses it before the wire, so the script gets a clear error.
+for _, method in ipairs({"GET", "POST"}) do
+    mark = W.mark()
+    W.fault({host = "www.googleapis.com", method = method, path = LIST, status = 302,
+             body = "moved", count = 1})
+    if method == "POST" then
+        result, err = kvggl.GglRequete(c, kvggl.gglServiceAgenda,
+                                       "https://www.googleapis.com" .. LIST, BODY,
+                                       kvggl.gglRequetePOST)
+    else
+        result, err = kvggl.GglRequete(c, kvggl.gglServiceAgenda,
+                                       "https://www.googleapis.com" .. LIST)
+    end
+    assert(err, method .. " redirect without Location fails")
+    W.eq(result, "", method .. " redirect without Location: no text")
+    W.contains(err.message, "The address '' is not an http or https URL", method .. " redirect without Location: the reason")
+    W.eq(#W.log(mark), 1, method .. " redirect without Location: one request went out")
+end
