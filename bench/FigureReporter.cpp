@@ -9,37 +9,39 @@ std::vector<CFigureReporter::STFigure>& CFigureReporter::s_rFigures() {
 }
 
 bool CFigureReporter::s_bDeclare(const char* pszFigure, const char* pszNumerator,
-                                 const char* pszDenominator) {
-    s_rFigures().push_back({pszFigure, pszNumerator, pszDenominator});
+                                 const char* pszDenominator, eClock eWhich) {
+    s_rFigures().push_back({pszFigure, pszNumerator, pszDenominator, eWhich});
     return true;
 }
 
 void CFigureReporter::ReportRuns(const std::vector<Run>& tabRuns) {
     ConsoleReporter::ReportRuns(tabRuns);
-    // The best of the repetitions, in processor time: the one least disturbed by the rest of
-    // the machine, which on a shared builder may well be busy.
+    // The best of the repetitions: the one least disturbed by the rest of the machine, which
+    // on a shared builder may well be busy.
     for (const Run& stRun : tabRuns) {
         if (stRun.run_type != Run::RT_Iteration || stRun.iterations <= 0 || stRun.error_occurred)
             continue;
-        double rSeconds = stRun.cpu_accumulated_time / static_cast<double>(stRun.iterations);
         // The name as declared, function and arguments, whatever the repetitions.
         std::string sName = stRun.run_name.function_name;
         if (!stRun.run_name.args.empty())
             sName += "/" + stRun.run_name.args;
-        auto it = m_mapBestSeconds.find(sName);
-        if (it == m_mapBestSeconds.end())
-            m_mapBestSeconds.emplace(sName, rSeconds);
-        else
-            it->second = std::min(it->second, rSeconds);
+        const double tabSeconds[2] = {stRun.cpu_accumulated_time, stRun.real_accumulated_time};
+        for (int nClock = CLOCK_PROCESSOR; nClock <= CLOCK_WALL; ++nClock) {
+            double rSeconds = tabSeconds[nClock] / static_cast<double>(stRun.iterations);
+            auto [it, bNew] = m_mapBestSeconds[nClock].emplace(sName, rSeconds);
+            if (!bNew)
+                it->second = std::min(it->second, rSeconds);
+        }
     }
 }
 
 bool CFigureReporter::bPrintFigures(std::ostream& clOut) const {
     bool bAll = true;
     for (const STFigure& stFigure : s_rFigures()) {
-        auto itNumerator = m_mapBestSeconds.find(stFigure.sNumerator);
-        auto itDenominator = m_mapBestSeconds.find(stFigure.sDenominator);
-        if (itNumerator == m_mapBestSeconds.end() || itDenominator == m_mapBestSeconds.end() ||
+        const std::map<std::string, double>& mapBest = m_mapBestSeconds[stFigure.eWhich];
+        auto itNumerator = mapBest.find(stFigure.sNumerator);
+        auto itDenominator = mapBest.find(stFigure.sDenominator);
+        if (itNumerator == mapBest.end() || itDenominator == mapBest.end() ||
             itDenominator->second <= 0) {
             bAll = false;
             continue;

@@ -1,6 +1,6 @@
 // CFigureReporter: the console report of Google Benchmark, which also keeps each benchmark's
-// best processor time per iteration, so that the figures (a benchmark's time over another's from
-// the same run) can be printed at the end as "figure NAME VALUE UNIT" lines.
+// best time per iteration (processor and wall clock), so that the figures (a benchmark's time
+// over another's from the same run) can be printed at the end as "figure NAME VALUE UNIT" lines.
 #pragma once
 #include <benchmark/benchmark.h>
 
@@ -14,9 +14,11 @@ public:
     // Colours only for a terminal: the report is often kept in a file.
     explicit CFigureReporter(bool bColour) : ConsoleReporter(bColour ? OO_Defaults : OO_Tabular) {}
 
-    // Declares a figure; the benchmark files call it before main runs.
+    // Declares a figure; the benchmark files call it before main runs. Processor time by
+    // default; wall clock for work that waits (on the network, another thread).
+    enum eClock { CLOCK_PROCESSOR, CLOCK_WALL };
     static bool s_bDeclare(const char* pszFigure, const char* pszNumerator,
-                           const char* pszDenominator);
+                           const char* pszDenominator, eClock eWhich = CLOCK_PROCESSOR);
 
     void ReportRuns(const std::vector<Run>& tabRuns) override;
     // One line per declared figure whose two benchmarks ran; false when one did not.
@@ -25,8 +27,9 @@ public:
 private:
     struct STFigure {
         std::string sName, sNumerator, sDenominator;
+        eClock eWhich;
     };
     static std::vector<STFigure>& s_rFigures();
 
-    std::map<std::string, double> m_mapBestSeconds; // by benchmark name
+    std::map<std::string, double> m_mapBestSeconds[2]; // by clock, then benchmark name
 };

@@ -81,6 +81,10 @@ bool CServer::bStart(int nPort, std::string* pError) {
     server.new_task_queue = [] { return new httplib::ThreadPool(s_nThreads); };
     server.set_payload_max_length(s_nMaxBody);
     server.set_keep_alive_max_count(100);
+    // Without it an answer written in two pieces waits for the client's delayed
+    // acknowledgement: some 40 ms on every kept-alive request. The packaged library is compiled
+    // with the option off, so the compile-time switch cannot reach it.
+    server.set_tcp_nodelay(true);
 
     auto handler = [this](const httplib::Request& req, httplib::Response& res) {
         STRequest r;
