@@ -25,16 +25,19 @@ local function show_error(what, err)
     print(("   %s: error %d: %s"):format(what, err.code, (err.message:gsub("\r?\n", " / "))))
 end
 
--- The calendars of a calendar list answer, read from its "summary" fields: enough for a tour,
--- which has no JSON reader of its own.
+-- A raw reply is JSON text: kvggl.json.decode makes it tables, with the host's own parser.
 local function summaries(list)
     local t = {}
-    for summary in list:gmatch('"summary":%s*"(.-)"') do t[#t + 1] = summary end
+    for _, calendar in ipairs(kvggl.check(kvggl.json.decode(list)).items or {}) do
+        t[#t + 1] = calendar.summary
+    end
     return t
 end
 
+-- RefreshTokens is JSON too: one refresh token per service.
 local function refresh_token(connection)
-    return connection.RefreshTokens:match('"calendar":"([^"]*)"') or ""
+    local tokens = connection.RefreshTokens
+    return tokens ~= "" and kvggl.check(kvggl.json.decode(tokens)).calendar or ""
 end
 
 local function abbreviated(token)
@@ -102,7 +105,8 @@ else
     if err then
         failed("the primary calendar", err)
     else
-        print(("   logged in; primary calendar: %s"):format(summaries(primary)[1] or "?"))
+        print(("   logged in; primary calendar: %s"):format(
+            kvggl.check(kvggl.json.decode(primary)).summary or "?"))
     end
 end
 

@@ -2,13 +2,16 @@
 
 #include "Host.h"
 #include "HostServices.h"
+#include "LuaJSON.h"
 #include "LuaObjects.h"
 #include "LuaRaise.h"
 #include "LuaValues.h"
+#include "NameKey.h"
 #include "Utf8.h"
 
 #include <lua.hpp>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -103,7 +106,55 @@ int s_nDeclaredOnly(lua_State* L) {
                              "' is declared by the component but has no class");
 }
 
-// kvggl.<name>: resolved once, then kept in the module table.
+// The letters a name differs by (Levenshtein, on the keys that names match by).
+size_t s_nDistance(const std::string& a, const std::string& b) {
+    std::vector<size_t> tab(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j)
+        tab[j] = j;
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t nDiagonale = tab[0];
+        tab[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            size_t n = std::min({tab[j] + 1, tab[j - 1] + 1,
+                                 nDiagonale + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            nDiagonale = tab[j];
+            tab[j] = n;
+        }
+    }
+    return tab[b.size()];
+}
+
+// The module's name closest to an unknown one, when one is close enough to be a slip; "".
+std::string s_sClosest(lua_State* L, std::string_view svUnknown) {
+    std::string sKey = CNameKey::s_sKey(svUnknown), sBest;
+    size_t nBest = std::max<size_t>(2, sKey.size() / 3) + 1;
+    auto fnTry = [&](const std::string& sName) {
+        size_t n = s_nDistance(sKey, CNameKey::s_sKey(sName));
+        if (n < nBest) {
+            nBest = n;
+            sBest = sName;
+        }
+    };
+    const CComponentTables& cl = s_Host().clTables();
+    for (const auto& st : cl.tabFunctions())
+        fnTry(st.sName);
+    for (const auto& st : cl.tabClasses())
+        fnTry(st.sName);
+    for (const auto& st : cl.tabConstants())
+        fnTry(st.sName);
+    for (const auto& st : cl.tabTypeRefs())
+        fnTry(st.sName);
+    lua_pushnil(L); // the module's own names: the keys of the table being resolved
+    while (lua_next(L, 1)) {
+        lua_pop(L, 1);
+        if (lua_type(L, -1) == LUA_TSTRING)
+            fnTry(lua_tostring(L, -1));
+    }
+    return sBest;
+}
+
+// kvggl.<name>: resolved once, then kept in the table of names behind the module. A name that
+// is none of the module's is an error that suggests the closest one.
 int s_nResolve(lua_State* L) {
     if (lua_type(L, 2) != LUA_TSTRING) {
         lua_pushnil(L);
@@ -124,13 +175,27 @@ int s_nResolve(lua_State* L) {
         lua_pushstring(L, cl.tabTypeRefs()[static_cast<size_t>(t)].sName.c_str());
         lua_pushcclosure(L, KVLua::lCall<s_nDeclaredOnly>, 1);
     } else {
-        lua_pushnil(L);
-        return 1;
+        std::string s = "kvggl has no function, type or constant '" + std::string(sv) + "'";
+        if (std::string sClosest = s_sClosest(L, sv); !sClosest.empty())
+            s += " (did you mean '" + sClosest + "'?)";
+        return KVLua::nPushMessage(L, s);
     }
     lua_pushvalue(L, 2);
     lua_pushvalue(L, -2);
     lua_rawset(L, 1);
     return 1;
+}
+
+// kvggl.<name> = value: the module's names are the component's, and constants stay constant.
+int s_nAssign(lua_State* L) {
+    std::string sName = luaL_tolstring(L, 2, nullptr);
+    lua_pop(L, 1);
+    const CComponentTables& cl = s_Host().clTables();
+    if (cl.nFindConstant(sName) >= 0)
+        return KVLua::nPushMessage(L, "cannot assign to '" + sName +
+                                          "': it is a constant of the component");
+    return KVLua::nPushMessage(L, "cannot assign to '" + sName +
+                                      "': the module's names cannot be changed");
 }
 
 // ---- The module's own functions --------------------------------------------------------------
@@ -165,12 +230,23 @@ IObjetBase* s_piObjectArgument(lua_State* L, int i, const char* pszFunction) {
     return pi;
 }
 
+// serialize(object [, {secrets = false}]): without secrets, credentials are left out.
 int s_nSerialize(lua_State* L) {
     IObjetBase* pi = s_piObjectArgument(L, 1, "serialize");
     if (!pi)
         return -1;
+    bool bSecrets = true;
+    if (!lua_isnoneornil(L, 2)) {
+        if (lua_type(L, 2) != LUA_TTABLE)
+            return KVLua::nPushMessage(L, std::string("bad argument #2 to 'serialize' (table of "
+                                                      "options expected, got ") +
+                                              luaL_typename(L, 2) + ")");
+        lua_getfield(L, 2, "secrets");
+        bSecrets = lua_isnil(L, -1) || lua_toboolean(L, -1);
+        lua_pop(L, 1);
+    }
     STHostOutcome st;
-    s_Host().bSave(pi, st);
+    s_Host().bSave(pi, st, bSecrets);
     return s_nOutcome(L, st);
 }
 
@@ -382,10 +458,24 @@ int s_nOpenWork(lua_State* L) {
                             {"describe", KVLua::lCall<s_nDescribe>},
                             {"status", KVLua::lCall<s_nStatus>},
                             {nullptr, nullptr}};
+    // The names live behind the module table, which stays empty so that every assignment to
+    // it reaches __newindex; the component's names join them as they are first used.
     luaL_newlib(L, tab);
+    CLuaJSON::s_Push(L, &s_Host());
+    lua_setfield(L, -2, "json");
     lua_createtable(L, 0, 1);
     lua_pushcfunction(L, KVLua::lCall<s_nResolve>);
     lua_setfield(L, -2, "__index");
+    lua_setmetatable(L, -2);
+
+    lua_createtable(L, 0, 0);
+    lua_createtable(L, 0, 3);
+    lua_pushvalue(L, -3);
+    lua_setfield(L, -2, "__index");
+    lua_pushcfunction(L, KVLua::lCall<s_nAssign>);
+    lua_setfield(L, -2, "__newindex");
+    lua_pushliteral(L, "kvggl");
+    lua_setfield(L, -2, "__metatable");
     lua_setmetatable(L, -2);
     return 1;
 }

@@ -233,11 +233,20 @@ void CLuaValues::s_PushError(lua_State* L, const STHostOutcome& st) {
     luaL_setmetatable(L, kszErrorMeta);
 }
 
-bool CLuaValues::s_bIsError(lua_State* L, int i) {
+// Whether the value at index i is a table with the module's metatable of that name.
+static bool s_bTableOf(lua_State* L, int i, const char* pszMeta) {
     if (lua_type(L, i) != LUA_TTABLE || !lua_getmetatable(L, i))
         return false;
-    luaL_getmetatable(L, kszErrorMeta);
+    luaL_getmetatable(L, pszMeta);
     bool b = lua_rawequal(L, -1, -2);
     lua_pop(L, 2);
     return b;
+}
+
+bool CLuaValues::s_bIsError(lua_State* L, int i) {
+    return s_bTableOf(L, i, kszErrorMeta);
+}
+
+bool CLuaValues::s_bIsDate(lua_State* L, int i) {
+    return s_bTableOf(L, i, kszDateMeta);
 }

@@ -33,4 +33,6 @@ public:
     static void s_PushError(lua_State* L, const STHostOutcome& st);
     // Whether the value at index i is an error table of the module.
     static bool s_bIsError(lua_State* L, int i);
+    // Whether it is a date the module made (a table with the dates' metatable).
+    static bool s_bIsDate(lua_State* L, int i);
 };

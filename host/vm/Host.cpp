@@ -660,9 +660,9 @@ bool CHost::bSwap(IObjetCollection* pi, int nIndice1, int nIndice2, STHostOutcom
         st);
 }
 
-bool CHost::bSave(IObjetBase* piObjet, STHostOutcome& st) {
+bool CHost::bSave(IObjetBase* piObjet, STHostOutcome& st, bool bSecrets) {
     st = {};
-    return CObjectSerializer(*this).bSave(piObjet, st);
+    return CObjectSerializer(*this).bSave(piObjet, st, bSecrets);
 }
 
 bool CHost::bRebuild(std::string_view svType, std::string_view svSaved, STHostOutcome& st) {

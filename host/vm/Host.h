@@ -110,7 +110,7 @@ public:
     bool bSwap(IObjetCollection* pi, int nIndice1, int nIndice2, STHostOutcome& st);
 
     // The save/rebuild path (CObjectSerializer): the value is the saved text, and the object.
-    bool bSave(IObjetBase* piObjet, STHostOutcome& st);
+    bool bSave(IObjetBase* piObjet, STHostOutcome& st, bool bSecrets = true);
     bool bRebuild(std::string_view svType, std::string_view svSaved, STHostOutcome& st);
 
 private:

@@ -15,7 +15,9 @@ namespace {
 
 constexpr char kszBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-void s_Quote(std::string& s, std::string_view sv) {
+} // namespace
+
+void CObjectSerializer::s_QuoteJSON(std::string& s, std::string_view sv) {
     s += '"';
     for (unsigned char c : sv) {
         switch (c) {
@@ -46,6 +48,10 @@ void s_Quote(std::string& s, std::string_view sv) {
     }
     s += '"';
 }
+
+namespace {
+
+constexpr auto s_Quote = CObjectSerializer::s_QuoteJSON;
 
 // Whether the text is UTF-8, which JSON requires of its strings.
 bool s_bUtf8(std::string_view sv) {
@@ -110,7 +116,8 @@ bool s_bWriteValue(std::string& s, const CHostValue& cl, uint16_t nType) {
 
 class CSaver {
 public:
-    CSaver(CHost& clHost, STHostOutcome& st) : m_clHost(clHost), m_st(st) {}
+    CSaver(CHost& clHost, STHostOutcome& st, bool bSecrets)
+        : m_clHost(clHost), m_st(st), m_bSecrets(bSecrets) {}
 
     bool bObject(std::string& s, IObjetBase* piObjet, int nDepth) {
         if (nDepth > CObjectSerializer::knMaxDepth)
@@ -126,7 +133,8 @@ public:
         for (size_t p = 0; p < stC.tabProperties.size(); ++p) {
             const auto& stP = stC.tabProperties[p];
             bool bObjet = stP.bObject();
-            if ((!bObjet && !stP.bSaved()) || stP.nType() == 30 || !stP.pfnGetter())
+            if ((!bObjet && !stP.bSaved()) || stP.nType() == 30 || !stP.pfnGetter() ||
+                (!m_bSecrets && CObjectSerializer::s_bSecret(stP.sName)))
                 continue;
             STHostOutcome st;
             if (!m_clHost.bGet(piObjet, static_cast<int>(p), st))
@@ -200,6 +208,7 @@ private:
     }
     CHost& m_clHost;
     STHostOutcome& m_st;
+    bool m_bSecrets;
 };
 
 class CRebuilder {
@@ -396,10 +405,19 @@ private:
 
 } // namespace
 
-bool CObjectSerializer::bSave(IObjetBase* piObjet, STHostOutcome& st) {
+bool CObjectSerializer::s_bSecret(std::string_view svProperty) {
+    std::string s = CNameKey::s_sKey(svProperty);
+    auto fnEnds = [&s](std::string_view sv) {
+        return s.size() >= sv.size() && s.compare(s.size() - sv.size(), sv.size(), sv) == 0;
+    };
+    return fnEnds("secret") || fnEnds("token") || fnEnds("tokens") || fnEnds("password") ||
+           fnEnds("motdepasse") || s == "idsession";
+}
+
+bool CObjectSerializer::bSave(IObjetBase* piObjet, STHostOutcome& st, bool bSecrets) {
     st = {};
     std::string s;
-    if (!CSaver(m_clHost, st).bObject(s, piObjet, 0))
+    if (!CSaver(m_clHost, st, bSecrets).bObject(s, piObjet, 0))
         return false;
     if (!st.bError)
         st.clValue = CHostValue::s_String(std::move(s));
