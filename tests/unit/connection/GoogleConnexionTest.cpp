@@ -1,7 +1,7 @@
 // The connection as a script object: its properties read and written through the rows of the
 // component's tables, and RefreshTokens written out and read back through the host's JSON
 // service, as the host's save and rebuild do.
-#include "../support/VMEnregistreur.h"
+#include "../../support/VMEnregistreur.h"
 #include "JSONEssai.h"
 
 #include "connection/GoogleConnexion.h"
