@@ -1,5 +1,7 @@
 #include "OAuthServer.h"
 
+#include <algorithm>
+
 #include <chrono>
 
 #include "Base64.h"
@@ -129,8 +131,15 @@ void COAuthServer::Authorize(const STRequest& req, STResponse& res) {
         pending.sRawState = pState->sRaw;
     }
     std::string sType = form.sValue("response_type");
+    std::string sScope = form.sValue("scope");
+    if (m_Profile.eKind == STOAuthProfile::eFacebook) {
+        // The dialogue answers with a code unless told otherwise, and lists scopes by commas.
+        if (sType.empty())
+            sType = "code";
+        std::replace(sScope.begin(), sScope.end(), ',', ' ');
+    }
     pending.bImplicit = sType == "token";
-    pending.tabScopes = STGrant::s_tabSplitScopes(form.sValue("scope"));
+    pending.tabScopes = STGrant::s_tabSplitScopes(sScope);
 
     const char* pszError = nullptr;
     std::string sDescription;

@@ -22,6 +22,7 @@ struct STOAuthProfile {
     enum eDialect {
         eGoogle,  // errors of the authorisation request on a page, scope required, id_token always
         eRFC6749, // errors sent back to the redirect address, id_token with the "openid" scope
+        eFacebook, // as eRFC6749, with a code when no response_type is given, scopes by commas
     };
     const char* pszHost;
     const char* pszTitle; // shown on the pages

@@ -1,5 +1,6 @@
 #include "ServiceTable.h"
 
+#include "Facebook.h"
 #include "GoogleAccounts.h"
 #include "GoogleApis.h"
 #include "GoogleCalendar.h"
@@ -11,6 +12,8 @@ const STServiceRow s_tabRows[] = {
     {"www.googleapis.com", "", &CGoogleApis::s_pCreate},
     {"www.googleapis.com", "/calendar/v3/", &CGoogleCalendar::s_pCreate},
     {"oauth.provider.test", "", &COAuthProvider::s_pCreate},
+    {"www.facebook.com", "", &CFacebookDialogue::s_pCreate},
+    {"graph.facebook.com", "", &CFacebookGraph::s_pCreate},
 };
 } // namespace
 

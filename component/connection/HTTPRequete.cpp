@@ -140,7 +140,7 @@ void CHTTPRequete::RemplitEntetesHTTP(IEntetesHTTP* piEntetes) const {
         piEntetes->vAjoute(m_tabNomsHeader[i].pszGet(), m_tabValeursHeader[i].pszGet());
 }
 
-void CHTTPRequete::AjouteDonnees(unsigned char* pDonnees, unsigned long nTaille) {
+void CHTTPRequete::AjouteDonnees(const unsigned char* pDonnees, unsigned long nTaille) {
     _AjouteMorceau(pDonnees, nTaille);
 }
 

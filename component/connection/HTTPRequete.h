@@ -104,7 +104,7 @@ public:
     void RemplitEntetesHTTP(IEntetesHTTP* piEntetes) const;
 
     // Copies the bytes into a new chunk.
-    void AjouteDonnees(unsigned char* pDonnees, unsigned long nTaille);
+    void AjouteDonnees(const unsigned char* pDonnees, unsigned long nTaille);
     unsigned long nGetTailleDonnees() const;
     // The chunks joined, in a buffer that the next call or the destruction invalidates.
     unsigned char* pGetDonnees(unsigned long* pnTaille);

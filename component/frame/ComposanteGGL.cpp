@@ -3,6 +3,8 @@
 #include "frame/InterfAuthentification.h"
 #include "frame/KllBarriere.h"
 
+#include <utility>
+
 #include "Any.h"
 #include "HTTPService.h"
 #include "InformationDLL.h"
@@ -57,9 +59,6 @@ IContenuJSON* piContenuJSON(CXError* pclErreur) {
     return CComposanteGGL::ms_piContenuJSON;
 }
 
-// The kind of runtime, as the host reports it, that has a login dialogue.
-constexpr int knProduitAvecDialogue = 1;
-
 // The script names of the functions by row, as the name block gives them to the host.
 constexpr const wchar_t* gtabNomFonction[] = {
 #define KLL_FUNCTION(nNumero, Fonction, Famille) L## #Fonction,
@@ -88,10 +87,29 @@ int CComposanteGGL::bFinInit() {
     return pclGetError()->bEstPropre();
 }
 
+namespace {
+// What the layers above ask to run when the component ends, in the order they asked.
+void (*gtabFinDeComposante[8])() = {};
+} // namespace
+
+void CComposanteGGL::s_AjouteFinDeComposante(void (*pfnFin)()) {
+    for (auto& pfn : gtabFinDeComposante) {
+        if (pfn == pfnFin)
+            return;
+        if (!pfn) {
+            pfn = pfnFin;
+            return;
+        }
+    }
+}
+
 void CComposanteGGL::TermCompo() {
     Libere(m_piHTTP);
     Libere(ms_piGestionXML);
     Libere(ms_piContenuJSON);
+    for (auto& pfn : gtabFinDeComposante)
+        if (auto pfnFin = std::exchange(pfn, nullptr))
+            pfnFin();
 }
 
 IHTTP* CComposanteGGL::s_piQueryIHTTP(CXError* pclErreur) {

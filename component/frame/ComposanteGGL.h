@@ -55,6 +55,9 @@ public:
     static bool s_bAuthIdentifie(IInterfGGLCnx& clInterface, IVM* piVM, int bParNavigateur,
                                  int nFonction, CXError& clErreur);
 
+    // A clean-up of a layer above the frame, run once by TermCompo (eight at most).
+    static void s_AjouteFinDeComposante(void (*pfnFin)());
+
     // Shared by every library object; ended by TermCompo of any, taken again at next use.
     static IGestionnaireXML* ms_piGestionXML;
     static IContenuJSON* ms_piContenuJSON;

@@ -3,6 +3,10 @@
 // the interface and the connections implement it, so that the frame never reaches into them.
 #pragma once
 
+// The kind of runtime, as the host reports it, that has a login dialogue. Connections saved in
+// the host's store are for the other kinds.
+inline constexpr int knProduitAvecDialogue = 1;
+
 class IInterfGGLCnx {
 public:
     virtual const wchar_t* sGetClientID() const = 0;

@@ -10,6 +10,7 @@
 //                                        status and body of one request to 127.0.0.1:port
 //   kvggl_wire.decode(json)              the JSON text as Lua values (null: kvggl_wire.null)
 //   kvggl_wire.setenv(name, value|nil)   for settings the host reads when it starts
+//   kvggl_wire.store(path, key[, value]) the host store's KVGGL value under key, written first
 //   kvggl_wire.emulators(auto_approve)   emulators of their own, in-process on a free port:
 //                                        e.port, e:stop() (also when collected)
 //   kvggl_wire.run(code, ...)            runs the chunk in another fresh Lua state (the same
@@ -23,6 +24,7 @@
 #include "LuaModule.h"
 
 #include <lua.hpp>
+#include <sqlite3.h>
 
 #include <gtest/gtest.h>
 
@@ -147,6 +149,42 @@ int s_nSetenv(lua_State* L) {
     else
         setenv(pszName, luaL_checkstring(L, 2), 1);
     return 0;
+}
+
+// store(path, key [, value]): the value of section "KVGGL" under key in the host's SQLite store
+// at path, after writing value when one is given; nil when there is none. What a user would see
+// with the sqlite3 shell, and how a test puts a connection there that another runtime saved.
+int s_nStore(lua_State* L) {
+    const char* pszPath = luaL_checkstring(L, 1);
+    const char* pszKey = luaL_checkstring(L, 2);
+    sqlite3* pDb = nullptr;
+    if (sqlite3_open(pszPath, &pDb) != SQLITE_OK) {
+        sqlite3_close(pDb);
+        return luaL_error(L, "store %s cannot be opened", pszPath);
+    }
+    sqlite3_exec(pDb,
+                 "CREATE TABLE IF NOT EXISTS entries(section TEXT NOT NULL, key TEXT NOT NULL,"
+                 " value TEXT NOT NULL, PRIMARY KEY(section, key)) WITHOUT ROWID;",
+                 nullptr, nullptr, nullptr);
+    sqlite3_stmt* pStmt = nullptr;
+    if (!lua_isnoneornil(L, 3)) {
+        sqlite3_prepare_v2(pDb, "INSERT OR REPLACE INTO entries VALUES('KVGGL', ?1, ?2)", -1,
+                           &pStmt, nullptr);
+        sqlite3_bind_text(pStmt, 1, pszKey, -1, SQLITE_TRANSIENT);
+        sqlite3_bind_text(pStmt, 2, luaL_checkstring(L, 3), -1, SQLITE_TRANSIENT);
+        sqlite3_step(pStmt);
+        sqlite3_finalize(pStmt);
+    }
+    sqlite3_prepare_v2(pDb, "SELECT value FROM entries WHERE section = 'KVGGL' AND key = ?1", -1,
+                       &pStmt, nullptr);
+    sqlite3_bind_text(pStmt, 1, pszKey, -1, SQLITE_TRANSIENT);
+    if (sqlite3_step(pStmt) == SQLITE_ROW)
+        lua_pushstring(L, reinterpret_cast<const char*>(sqlite3_column_text(pStmt, 0)));
+    else
+        lua_pushnil(L);
+    sqlite3_finalize(pStmt);
+    sqlite3_close(pDb);
+    return 1;
 }
 
 CEmulatorHarness** s_ppHarness(lua_State* L) {
@@ -278,7 +316,7 @@ int s_nOpenWire(lua_State* L) {
     lua_pushstring(L, KVGGL_LUA_WIRE_SCRIPTS);
     lua_setfield(L, -2, "dir");
     const luaL_Reg tabFunctions[] = {
-        {"port", s_nPort},           {"http", s_nHttp}, {"setenv", s_nSetenv},
+        {"port", s_nPort},           {"http", s_nHttp}, {"setenv", s_nSetenv}, {"store", s_nStore},
         {"emulators", s_nEmulators}, {"run", s_nRun},   {nullptr, nullptr},
     };
     luaL_setfuncs(L, tabFunctions, 0);
