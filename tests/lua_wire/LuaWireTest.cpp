@@ -1,5 +1,5 @@
-// Lua scripts against the emulators: each tests/lua_wire/test_*.lua script, and
-// examples/google.lua, is one test, run in a fresh Lua state with the module preloaded and the
+// Lua scripts against the emulators: each tests/lua_wire/test_*.lua script, and each example
+// of examples/, is one test, run in a fresh Lua state with the module preloaded and the
 // host set up as a user sets it up by hand: every origin routed to the fixture's emulators
 // (KVGGL_ROUTE) and curl as the browser (KVGGL_BROWSER), so that auto-approved consent pages
 // come back to the login dialogue at once.
@@ -372,7 +372,7 @@ class Exemples : public testing::TestWithParam<std::string> {};
 TEST_P(Exemples, Tournent) {
     s_Run(GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(Wire, Exemples, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "google")),
+INSTANTIATE_TEST_SUITE_P(Wire, Exemples, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "")),
                          KVLuaTest::sNomTest);
 
 // The helper itself: a failing script is seen, with the place, and the other state's error
