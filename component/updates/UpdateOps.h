@@ -3,7 +3,7 @@
 // that does nothing. Each builds its XML and its request and tells success from failure; a
 // failure leaves its error and the operation stays queued.
 #pragma once
-#include "updates/UpdateOperation.h"
+#include "xmlobject/UpdateOperation.h"
 
 #include "connection/ServicesGoogle.h"
 

@@ -10,6 +10,7 @@
 #include "Any.h"
 #include "ImageService.h"
 #include "MemoImage.h"
+#include "VM.h"
 #include "Ref.h"
 #include "Utf8.h"
 #include "XMLService.h"
@@ -193,3 +194,14 @@ void CComposanteGGL::s_ChaineRC2Liste(const CXYString<wchar_t>& sTexte, CXmlObje
         sv.remove_prefix(n + 2);
     }
 }
+
+// The script function: it answers through the call record, and its error is the library's.
+void GglVersXML(STKLAppel* pstAppel, CComposanteGGL* pclLibrairie, CAny* pclValeur) {
+    CXYString<char> czXml = CComposanteGGL::GglVersXML(
+        nullptr, pclLibrairie ? pclLibrairie->pclGetError() : nullptr, pclValeur);
+    if (pstAppel && pstAppel->piVM)
+        pstAppel->piVM->bRetourneValeurAppel(pstAppel->nAppel, &czXml, 19);
+}
+
+#define KLL_LIBRE_GglVersXML KLL_OUI
+#include "frame/KllMethodStubs.h"

@@ -7,7 +7,7 @@
 #include "xmlobject/XmlObject.h"
 #include "xmlobject/XmlObjectListe.h"
 
-#include "updates/UpdatesManager.h"
+#include "xmlobject/UpdatesManager.h"
 
 #include <cstdint>
 

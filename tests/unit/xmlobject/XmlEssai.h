@@ -4,7 +4,7 @@
 #include "frame/ComposanteGGL.h"
 #include "xmlobject/Email.h"
 #include "xmlobject/GglElements.h"
-#include "xmlobject/XmlObjectAutonome.h"
+#include "updates/XmlObjectAutonome.h"
 
 #include "connection/ServicesGoogle.h"
 

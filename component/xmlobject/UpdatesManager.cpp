@@ -1,4 +1,4 @@
-#include "updates/UpdatesManager.h"
+#include "xmlobject/UpdatesManager.h"
 
 #include "xmlobject/XmlObjectMulti.h"
 

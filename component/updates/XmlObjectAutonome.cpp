@@ -1,4 +1,4 @@
-#include "xmlobject/XmlObjectAutonome.h"
+#include "updates/XmlObjectAutonome.h"
 
 #include "connection/GoogleConnexion.h"
 #include "connection/HTTPResponse.h"

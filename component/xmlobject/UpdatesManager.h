@@ -2,7 +2,7 @@
 // refuses a second operation of the same kind on the same object, so that calling a setter ten
 // times queues one change.
 #pragma once
-#include "updates/UpdateOperation.h"
+#include "xmlobject/UpdateOperation.h"
 
 #include <vector>
 
