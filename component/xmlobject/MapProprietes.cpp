@@ -66,6 +66,19 @@ bool CMapProprietes::bInsere(CXmlObjectListe* pclListe) {
     }
 }
 
+bool CMapProprietes::bRemplace(CXmlObjectListe* pclListe) {
+    const char* pszCle = pclListe->pszGetNom();
+    for (STCellule& st : m_tabCellules)
+        if (std::strcmp(st.pszCle, pszCle) == 0) {
+            CXmlObjectListe* pclAncienne = st.pclListe;
+            st.pclListe = pclListe;
+            st.pszCle = pszCle; // the key is the list's own name
+            pclAncienne->vRelease();
+            return true;
+        }
+    return bInsere(pclListe);
+}
+
 void CMapProprietes::Vide(int bGarde) {
     // The lists go first, then the cells: a list's name is its cell's key.
     for (STCellule& st : m_tabCellules)

@@ -25,6 +25,9 @@ public:
     // Takes over one reference on the list, under the list's own name; false when the memory
     // for it cannot be had (the reference is then the caller's still).
     bool bInsere(CXmlObjectListe* pclListe);
+    // Takes over one reference on the list, in place of the list of the same name (released),
+    // or after the others when there is none.
+    bool bRemplace(CXmlObjectListe* pclListe);
     // Releases every list and empties the map; with bGarde the buckets are kept for reuse.
     void Vide(int bGarde);
 

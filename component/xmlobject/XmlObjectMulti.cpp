@@ -84,6 +84,15 @@ CXmlObjectListe* CXmlObjectMulti::pclCreateListe(const char* pszNom) {
     return pclListe;
 }
 
+void CXmlObjectMulti::RemplaceListe(CXmlObjectListe* pclListe) {
+    if (!pclListe)
+        return;
+    pclListe->vAddRef();
+    pclListe->vSetParent(this);
+    if (!m_mapProprietes.bRemplace(pclListe))
+        pclListe->vRelease();
+}
+
 void CXmlObjectMulti::_vAjoutePropriete(const char* pszNom, CXmlObject* pclObjet) {
     if (!pclObjet)
         return;

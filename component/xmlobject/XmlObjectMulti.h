@@ -47,6 +47,9 @@ public:
     CXmlObjectListe* pclGetListe(const char* pszNom) const { return m_mapProprietes.pclCherche(pszNom); }
     // A new list of that name, entered in the map with a reference.
     CXmlObjectListe* pclCreateListe(const char* pszNom);
+    // The list of the same name replaced by this one, its members now this object's; the
+    // caller keeps its reference.
+    void RemplaceListe(CXmlObjectListe* pclListe);
     // The row's type, or 0 when the name has no row.
     eTypePropXML eGetXmlType(const char* pszNom) const;
     void SetPropriete(const char* pszNom, int nIndice, const wchar_t* pszValeur);

@@ -48,6 +48,7 @@ protected:
     CFauxLibShop m_clLibShop;
     CFauxVM m_clVM;
     CXError m_clErreur{&gstMyModuleInfo60};
+    CCtxInfo m_clCtx{nullptr, nullptr, &m_clVM};
     CRef<CGoogleConnexion> m_clConnexion;
     ILibShop* m_piLibShopAvant = nullptr;
 };
@@ -227,6 +228,38 @@ TEST_F(FileEssai, AjoutPendantLExecution) {
     ASSERT_EQ(Multi(cl)->clGetUpdates().nGetNbOperation(), 1);
     EXPECT_EQ(Multi(cl)->clGetUpdates().pclGetOperation(0)->pclGetObjet(), Multi(clAutre));
     Multi(cl)->clGetUpdates().ClearOps();
+}
+
+// A deletion asked by the script: sent at once; an entry that queues none is refused.
+TEST_F(FileEssai, SuppressionDirecte) {
+    auto cl = Lit(std::string("<id>urn:1</id>") + ksEdit);
+    Multi(cl)->vNotifieModif();
+    Repond(200);
+    EXPECT_TRUE(m_clConnexion->_bGglSupprime(&m_clCtx, &m_clErreur, Multi(cl)));
+    ASSERT_EQ(Vues().size(), 1u) << "the pending change was dropped";
+    EXPECT_EQ(Vues()[0].nMethode, 4);
+    auto clSeule = Lit<CSousEntreeEssai>("<id>urn:2</id>");
+    EXPECT_FALSE(m_clConnexion->_bGglSupprime(&m_clCtx, &m_clErreur, Multi(clSeule)));
+    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), 600028u);
+}
+
+// A new version of an entry: its links are those of the version read from its "self" link,
+// the rest as it was.
+TEST_F(FileEssai, NouvelleVersionDesLiens) {
+    auto cl = Lit(std::string("<id>urn:1</id><link rel=\"self\" href=\"https://feeds.test/s/1\"/>") + ksEdit);
+    Repond(200, "<entry xmlns=\"http://www.w3.org/2005/Atom\"><id>urn:1</id>"
+                "<link rel=\"edit\" href=\"https://feeds.test/e/1v2\"/></entry>");
+    m_clConnexion->UpdateVersionXmlObjectMulti(&m_clVM, &m_clErreur, Multi(cl));
+    ASSERT_EQ(Vues().size(), 1u);
+    EXPECT_EQ(Vues()[0].nMethode, 1);
+    EXPECT_EQ(Vues()[0].sURL, L"https://feeds.test/s/1");
+    CXmlObjectListe* pclLiens = Multi(cl)->pclGetListe("link");
+    ASSERT_EQ(pclLiens->nGetNbElement(), 1);
+    EXPECT_EQ(pclLiens->pclGetElement(0)->pclGetParent(), Multi(cl));
+    CXYString<wchar_t> s;
+    pclLiens->pclGetElement(0)->pclGetPropriete("href", 0)->vbGet(s, m_clErreur);
+    EXPECT_EQ(s, L"https://feeds.test/e/1v2");
+    EXPECT_NE(Multi(cl)->pclGetPropriete("id", 0), nullptr);
 }
 
 } // namespace
