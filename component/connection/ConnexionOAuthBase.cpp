@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr unsigned knErreurStatutHTTP = 600005;
-constexpr unsigned knFormatStatutHTTP = 5870;
 
 const wchar_t* s_pszTypeFormulaire() { return CHTTPRequete::s_pszGetMIMEType(HTTPCT_FORMULAIRE); }
 
@@ -86,13 +84,7 @@ int CConnexionOAuthBase::vbRequete(IVM* piVM, CHTTPRequete& clRequete, HTTPMetho
         return 1;
     }
 
-    // The label first, then what the server said, so that the user sees both.
-    CXYString<wchar_t> sTexteServeur;
-    (void)clReponse.bGetMessage(sTexteServeur);
-    CTString sMessage;
-    DLLRES_bFormatMessage(&gstMyModuleInfo60, knFormatStatutHTTP, &sMessage,
-                          CHTTPResponse::s_pszGetLibelle(eCode), sTexteServeur.pszGet());
-    pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, knErreurStatutHTTP, sMessage.pszGet());
+    clReponse.SetErreurStatut(pclErreur);
     return 0;
 }
 

@@ -19,6 +19,7 @@
 class CCtxInfo;
 class CKLANYArray;
 class CXError;
+class CXmlObjectMulti;
 class IDocumentXML;
 class IElementJSON;
 class IVM;
@@ -104,6 +105,15 @@ public:
                                               eHTTPCODE eAttendu);
     static IElementJSON* s_piParseJSONResponse(CHTTPResponse& clReponse, CXError* pclErreur,
                                                eHTTPCODE eAttendu);
+    // ---- entries of the XML feeds (updates/GoogleConnexionXml.cpp)
+    // The entry's "link" list replaced by the one of its current version, read from its
+    // "self" link: a change elsewhere gave the entry a new version, and the old "edit" link
+    // would be refused. No "self" link: nothing happens.
+    void UpdateVersionXmlObjectMulti(IVM* piVM, CXError* pclErreur, CXmlObjectMulti* pclObjet);
+    // The deletion of an entry: its pending operations dropped, its deletion queued and sent.
+    // An entry that queues no deletion of its own gets 600028.
+    bool _bGglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CXmlObjectMulti* pclObjet);
+
     // A text made fit for a hand-built JSON string value.
     static CXYString<wchar_t> s_czEscapeJSON(const CXYString<wchar_t>& sTexte);
 

@@ -1,6 +1,10 @@
 #include "HTTPResponse.h"
 
+#include "frame/ModuleInfo.h"
+
 #include "KVResult.h"
+#include "Resources.h"
+#include "XError.h"
 #include "Utf8.h"
 
 #include <cwchar>
@@ -165,4 +169,15 @@ const wchar_t* CHTTPResponse::s_pszGetLibelle(eHTTPCODE eCode) {
             return st.pszLibelle;
     }
     return L"";
+}
+
+void CHTTPResponse::SetErreurStatut(CXError* pclErreur) const {
+    if (!pclErreur)
+        return;
+    CXYString<wchar_t> sTexteServeur;
+    (void)bGetMessage(sTexteServeur);
+    CTString sMessage;
+    DLLRES_bFormatMessage(&gstMyModuleInfo60, 5870, &sMessage, s_pszGetLibelle(eGetCodeRetour()),
+                          sTexteServeur.pszGet());
+    pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, 600005, sMessage.pszGet());
 }

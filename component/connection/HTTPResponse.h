@@ -6,6 +6,8 @@
 #include "KLBIN.h"
 #include "XYString.h"
 
+class CXError;
+
 // The HTTP status as its plain number; -1 when the head gives none.
 enum eHTTPCODE : int {
     HTTPCodeInvalide = -1,
@@ -84,6 +86,9 @@ public:
 
     // The label of a status, "" for numbers without one.
     static const wchar_t* s_pszGetLibelle(eHTTPCODE eCode);
+    // Error 600005 for a status the caller did not expect: the status label, then what the
+    // server said, so that the user sees both.
+    void SetErreurStatut(CXError* pclErreur) const;
 
 private:
     // Field 1 of the text cut at pszDebut, then field 0 of that cut at pszFin.

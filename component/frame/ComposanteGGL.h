@@ -5,6 +5,8 @@
 #include "TString.h"
 #include "XYString.h"
 
+#include <cstdint>
+
 class IHTTP;
 class IGestionnaireXML;
 class IContenuJSON;
@@ -15,6 +17,16 @@ class ITypeDescription;
 class IKLTableau;
 class IInterfGGLCnx;
 class IVM;
+class INoeudXML;
+class CAny;
+class CCtxInfo;
+class CKLBIN;
+class CKLMemoImage;
+class CXmlObject;
+class CXmlObjectListe;
+class CXmlObjectMulti;
+enum eTypePropXML : int32_t;
+using PFNXMLCREATION = CXmlObject* (*)(INoeudXML*, eTypePropXML, CXmlObjectMulti*, const char*);
 
 class CComposanteGGL : public CKLLibrary {
 public:
@@ -57,6 +69,25 @@ public:
 
     // A clean-up of a layer above the frame, run once by TermCompo (eight at most).
     static void s_AjouteFinDeComposante(void (*pfnFin)());
+    // ---- XML and image conversions (xmlobject/ComposanteGGLXml.cpp)
+    // The namespace attributes of the root of every entry the component writes.
+    static void s_AddNamespaceAttributes(INoeudXML* piNoeud);
+    // The UTF-8 text of the node and what is under it, with no declaration; "" for a null node.
+    static void s_GetChaineXml(INoeudXML* piNoeud, CXYString<char>& czSortie, CXError* pclErreur);
+    // The script function: the XML text of an object read from a feed. Any other value, or an
+    // object that was never read, is 600048 on argument 1 and gives "".
+    static CXYString<char> GglVersXML(CCtxInfo* pclCtx, CXError* pclErreur, const CAny* pclValeur);
+    // An image as bytes, and its MIME type when pczMime is given; 0 on failure (600008 for a
+    // file that cannot be opened, 600045 for one whose size cannot be read).
+    static int s_bMEMOIMG2BIN(CKLMemoImage* pclImage, CKLBIN& clSortie, CXError* pclErreur,
+                              CXYString<char>* pczMime);
+    // The values of the elements joined by CR LF. The separator goes before every element but
+    // the first by index, so an element 0 that gives no value still leaves a leading one.
+    static void s_Liste2ChaineRC(CXmlObjectListe* pclListe, CXYString<wchar_t>& sSortie);
+    // The text cut at each CR LF, one new element per piece, the piece after the last CR LF
+    // included.
+    static void s_ChaineRC2Liste(const CXYString<wchar_t>& sTexte, CXmlObjectListe* pclListe,
+                                 PFNXMLCREATION pfnCreation, eTypePropXML eType);
 
     // Shared by every library object; ended by TermCompo of any, taken again at next use.
     static IGestionnaireXML* ms_piGestionXML;

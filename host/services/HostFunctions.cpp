@@ -26,7 +26,6 @@ std::string UrlEncode(std::string_view svUtf8) {
         case ':':
         case '/':
         case '?':
-        case '#':
         case '[':
         case ']':
         case '@':
@@ -37,7 +36,6 @@ std::string UrlEncode(std::string_view svUtf8) {
         case '(':
         case ')':
         case '*':
-        case '+':
         case ',':
         case ';':
         case '=':

@@ -30,7 +30,7 @@ namespace fauxhote {
 
 // The character set that the host keeps as it is; any other byte becomes %XX.
 inline std::string UrlEncode(std::string_view sv) {
-    static constexpr std::string_view ksGarde = "-._~:/?#[]@!$&'()*+,;=";
+    static constexpr std::string_view ksGarde = "-._~:/?[]@!$&'()*,;=";
     static constexpr char kszHex[] = "0123456789ABCDEF";
     std::string s;
     for (unsigned char c : sv) {

@@ -143,8 +143,8 @@ const STCasParametres gtabParametres[] = {
     // the encoder keeps "&": escaped after it, so that only joins remain literal
     {"et", {{L"q", L"a&b"}, {L"r", L"c"}}, L"q=a&b&r=c", L"q=a%26b&r=c"},
     {"etDansLeNom", {{L"a&b", L"1"}}, L"a&b=1", L"a%26b=1"},
-    // "=" , "#" and "@" are the encoder's to keep
-    {"reserves", {{L"q", L"a=b#c@d"}}, L"q=a=b#c@d", L"q=a=b#c@d"},
+    // "=" and "@" are the encoder's to keep; "#" and "+" it encodes, so that a text arrives whole
+    {"reserves", {{L"q", L"a=b#c@d+e"}}, L"q=a=b#c@d+e", L"q=a=b%23c@d%2Be"},
     {"vides", {{L"", L""}, {L"b", L""}}, L"=&b=", L"=&b="},
 };
 

@@ -25,8 +25,8 @@ const STCasEncode gtabEncodes[] = {
     {"Blanc", L"q=x y", L"q=x%20y"},
     {"UTF8", L"\u00e9\u20ac", L"%C3%A9%E2%82%AC"}, // UTF-8 bytes, each escaped
     {"Pourcent", L"100%", L"100%25"},
-    {"Separateurs", L"a&b=c#d@e", L"a&b=c#d@e"}, // the URI's own characters stay
-    {"Reserves", L"-._~:/?[]!$'()*+,;", L"-._~:/?[]!$'()*+,;"},
+    {"Separateurs", L"a&b=c#d@e", L"a&b=c%23d@e"}, // the URI's own characters stay, but "#"
+    {"Reserves", L"-._~:/?[]!$'()*+,;", L"-._~:/?[]!$'()*%2B,;"}, // "+" would read as a space
     {"Autres", L"\"<>\\^`{|}", L"%22%3C%3E%5C%5E%60%7B%7C%7D"},
 };
 
