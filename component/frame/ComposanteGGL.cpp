@@ -57,9 +57,6 @@ IContenuJSON* piContenuJSON(CXError* pclErreur) {
     return CComposanteGGL::ms_piContenuJSON;
 }
 
-// The kind of runtime, as the host reports it, that has a login dialogue.
-constexpr int knProduitAvecDialogue = 1;
-
 // The script names of the functions by row, as the name block gives them to the host.
 constexpr const wchar_t* gtabNomFonction[] = {
 #define KLL_FUNCTION(nNumero, Fonction, Famille) L## #Fonction,

@@ -15,6 +15,8 @@ class ITypeDescription;
 class IKLTableau;
 class IInterfGGLCnx;
 class IVM;
+class CAuthTokenDINO;
+class COAuth2ParametresDINO;
 
 class CComposanteGGL : public CKLLibrary {
 public:
@@ -52,8 +54,15 @@ public:
     // bParNavigateur: 1 when the dialogue must run in the browser. nFonction: the row of the
     // asking script function in the function table, whose name the dialogue shows. Only the
     // desktop kind of runtime has a dialogue; any other gets 600055.
+    // The kind of runtime, as the host reports it, that has a login dialogue.
+    static constexpr int knProduitAvecDialogue = 1;
     static bool s_bAuthIdentifie(IInterfGGLCnx& clInterface, IVM* piVM, int bParNavigateur,
                                  int nFonction, CXError& clErreur);
+
+    // AuthIdentifie: the token of the provider that the parameters describe, through the
+    // login dialogue. Always an object (count 0), without a token when none was obtained.
+    static CAuthTokenDINO* AuthIdentifie(IVM* piVM, COAuth2ParametresDINO* pclParametres,
+                                         CXError& clErreur);
 
     // Shared by every library object; ended by TermCompo of any, taken again at next use.
     static IGestionnaireXML* ms_piGestionXML;

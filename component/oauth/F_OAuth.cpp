@@ -1,0 +1,53 @@
+// AuthIdentifie: a token from any OAuth 2 provider through the host's login dialogue. The
+// script always gets an AuthToken object: on a failure it has no token (Valide false), or the
+// provider's refusing answer when there was one.
+#include "frame/ComposanteGGL.h"
+#include "frame/ModuleInfo.h"
+#include "frame/XErrorModule60.h"
+#include "oauth/AuthTokenDINO.h"
+#include "oauth/InterfGGLOAuth2.h"
+#include "oauth/OAuth2ParametresDINO.h"
+
+#include "HTTPService.h"
+#include "Ref.h"
+#include "VM.h"
+
+namespace {
+constexpr unsigned knErreurObjetNul = 600004;
+// The row of AuthIdentifie in the function table, whose name the dialogue shows.
+constexpr int knFonctionAuthIdentifie = 101;
+} // namespace
+
+CAuthTokenDINO* CComposanteGGL::AuthIdentifie(IVM* piVM, COAuth2ParametresDINO* pclParametres,
+                                              CXError& clErreur) {
+    if (!pclParametres) {
+        clErreur.SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 1);
+        return new CAuthTokenDINO;
+    }
+    auto clHTTP = CRef<IHTTP>::Adopt(s_piQueryIHTTP(&clErreur));
+    if (!clHTTP)
+        return new CAuthTokenDINO;
+    // The token keeps the texts of this call, whatever the script changes afterwards.
+    auto clCopie = CRef<IOAuth2Parametres>::Retain(pclParametres->clGetParametres().vpiClone());
+    CInterfGGLOAuth2 clInterface(clCopie.pGet(), piVM, &clErreur, clHTTP.pGet());
+    (void)s_bAuthIdentifie(clInterface, piVM, 0, knFonctionAuthIdentifie, clErreur);
+    return clInterface.piGetResultat() ? new CAuthTokenDINO(clInterface.piGetResultat())
+                                       : new CAuthTokenDINO;
+}
+
+// The script function: the library's error carries what went wrong.
+void AuthIdentifie(STKLAppel* pstAppel, CComposanteGGL* pclLibrairie,
+                   COAuth2ParametresDINO* pclParametres) {
+    IVM* piVM = pstAppel ? pstAppel->piVM : nullptr;
+    _CXErrorModule60 clErreur;
+    auto clToken = CRef<CAuthTokenDINO>::Retain(
+        CComposanteGGL::AuthIdentifie(piVM, pclParametres, clErreur));
+    if (pclLibrairie && !clErreur.bEstPropre())
+        pclLibrairie->RaiseErrorCopy(&clErreur);
+    IObjetBase* piObjet = clToken->piGetObjetBase();
+    if (piVM)
+        piVM->bRetourneValeurAppel(pstAppel->nAppel, &piObjet, 111);
+}
+
+#define KLL_LIBRE_AuthIdentifie KLL_OUI
+#include "frame/KllMethodStubs.h"
