@@ -11,6 +11,7 @@ const STServiceRow s_tabRows[] = {
     {"www.googleapis.com", "", &CGoogleApis::s_pCreate},
     {"www.googleapis.com", "/calendar/v3/", &CGoogleCalendar::s_pCreate},
     {"oauth.provider.test", "", &COAuthProvider::s_pCreate},
+    {"login.tenant.test", "", &COAuthProvider::s_pCreateTenant},
 };
 } // namespace
 
