@@ -55,7 +55,7 @@ void COAuthServer::s_Redirect(const STPending& pending, std::string sParams, STR
     if (pending.bHasState)
         sParams += "&state=" + pending.sRawState;
     std::string sLocation = pending.sRedirectUri;
-    if (pending.bImplicit) {
+    if (pending.bFragment) {
         sLocation += '#'; // the token stays in the browser (RFC 6749, 4.2.2)
     } else {
         char cLast = sLocation.empty() ? '\0' : sLocation.back();
@@ -130,6 +130,9 @@ void COAuthServer::Authorize(const STRequest& req, STResponse& res) {
     }
     std::string sType = form.sValue("response_type");
     pending.bImplicit = sType == "token";
+    // A client that cannot read a fragment (a loopback listener) asks for the query instead
+    // (OAuth 2.0 Multiple Response Type Encoding Practices, response_mode).
+    pending.bFragment = pending.bImplicit && form.sValue("response_mode") != "query";
     // PKCE (RFC 7636): a challenge sent is kept with the code; plain when no method is named.
     pending.pkce.sChallenge = form.sValue("code_challenge");
     if (!pending.pkce.sChallenge.empty())

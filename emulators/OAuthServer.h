@@ -62,6 +62,7 @@ private:
         std::string sRawState; // echoed exactly as received
         std::vector<std::string> tabScopes;
         bool bImplicit = false;
+        bool bFragment = false; // the answer after "#": the implicit flow unless response_mode=query
         long long nExpires = 0;
         CTokenStore::STPkce pkce;
     };

@@ -58,6 +58,8 @@ void CAuthTokenDINO::SetValeur(CCtxInfo*, CXError*, const CXYString<wchar_t>& sA
         piToken->vSetAccessToken(sAccessToken);
         return;
     }
+    if (sAccessToken.bVide())
+        return;
     // A token the script brings from elsewhere: no answer, no provider.
     auto clToken = CRef<IOAuth2Token>::Retain(
         new COAuth2Token(sAccessToken, CXYString<wchar_t>(L"Bearer"), nullptr));

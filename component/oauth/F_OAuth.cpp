@@ -11,9 +11,29 @@
 #include "HTTPService.h"
 #include "Ref.h"
 #include "VM.h"
+#include "XError.h"
+
+#include <cwctype>
+#include <string_view>
 
 namespace {
 constexpr unsigned knErreurObjetNul = 600004;
+constexpr unsigned knErreurArgument = 600048;
+
+// Whether the text is an http or https address with a host: anything else could not reach a
+// provider, and a browser opened on it would never come back.
+bool s_bAdresseWeb(std::wstring_view sv) {
+    for (std::wstring_view svSchema : {L"https://", L"http://"}) {
+        if (sv.size() <= svSchema.size())
+            continue;
+        bool bEgal = true;
+        for (size_t i = 0; i < svSchema.size() && bEgal; ++i)
+            bEgal = std::towlower(static_cast<wint_t>(sv[i])) == static_cast<wint_t>(svSchema[i]);
+        if (bEgal)
+            return sv[svSchema.size()] != L'/' && !std::iswspace(static_cast<wint_t>(sv[svSchema.size()]));
+    }
+    return false;
+}
 // The row of AuthIdentifie in the function table, whose name the dialogue shows.
 constexpr int knFonctionAuthIdentifie = 101;
 } // namespace
@@ -22,6 +42,14 @@ CAuthTokenDINO* CComposanteGGL::AuthIdentifie(IVM* piVM, COAuth2ParametresDINO* 
                                               CXError& clErreur) {
     if (!pclParametres) {
         clErreur.SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 1);
+        return new CAuthTokenDINO;
+    }
+    const IOAuth2Parametres& clTextes = pclParametres->clGetParametres();
+    const bool bAuth = s_bAdresseWeb(clTextes.vczGetURLAuth().sv());
+    if (!bAuth || (!clTextes.vczGetURLToken().bVide() && !s_bAdresseWeb(clTextes.vczGetURLToken().sv()))) {
+        clErreur.SetUserError(&gstMyModuleInfo60, knErreurArgument, 1);
+        clErreur.AddDebugMessagePrintf(L"##%ls is not an http or https address##",
+                                       bAuth ? L"URLToken" : L"URLAuth");
         return new CAuthTokenDINO;
     }
     auto clHTTP = CRef<IHTTP>::Adopt(s_piQueryIHTTP(&clErreur));
