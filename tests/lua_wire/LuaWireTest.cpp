@@ -1,5 +1,5 @@
 // Lua scripts against the emulators: each tests/lua_wire/test_*.lua script, and
-// examples/google.lua, is one test, run in a fresh Lua state with the module preloaded and the
+// examples/google.lua and examples/oauth.lua, is one test, run in a fresh Lua state with the module preloaded and the
 // host set up as a user sets it up by hand: every origin routed to the fixture's emulators
 // (KVGGL_ROUTE) and curl as the browser (KVGGL_BROWSER), so that auto-approved consent pages
 // come back to the login dialogue at once.
@@ -335,6 +335,9 @@ TEST_P(Exemples, Tournent) {
     s_Run(GetParam());
 }
 INSTANTIATE_TEST_SUITE_P(Wire, Exemples, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "google")),
+                         KVLuaTest::sNomTest);
+INSTANTIATE_TEST_SUITE_P(WireOAuth, Exemples,
+                         testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "oauth")),
                          KVLuaTest::sNomTest);
 
 // The helper itself: a failing script is seen, with the place, and the other state's error
