@@ -2,7 +2,7 @@
 // the provider it came from, so that it can be renewed.
 #pragma once
 #include "oauth/OAuth2Parametres.h"
-#include "oauth/OAuth2TokenBase.h"
+#include "connection/OAuth2TokenBase.h"
 
 #include "Ref.h"
 
