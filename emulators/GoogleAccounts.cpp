@@ -10,8 +10,9 @@ namespace {
 const STOAuthProfile s_Profile = {
     CGoogleAccounts::ms_pszHost, "Google Accounts",      "/o/oauth2/auth",
     "/o/oauth2/approval",        "/o/oauth2/token",      "https://accounts.google.com",
-    STOAuthProfile::eGoogle,     {"4/", "ya29.", "1//"}, // the shapes Google's codes and tokens
-                                                         // have
+    STOAuthProfile::eGoogle,
+    {"4/", "ya29.", "1//"}, // the shapes Google's codes and tokens have
+    nullptr,
 };
 
 const char s_szRealm[] = "Bearer realm=\"https://accounts.google.com/\"";

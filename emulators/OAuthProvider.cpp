@@ -16,6 +16,19 @@ const STOAuthProfile s_Profile = {
     "https://oauth.provider.test",
     STOAuthProfile::eRFC6749,
     {"c-", "at-", "rt-"},
+    nullptr,
+};
+
+const STOAuthProfile s_ProfileTenant = {
+    COAuthProvider::ms_pszHostTenant,
+    "Tenant Login",
+    "/oauth2/authorize",
+    "/oauth2/authorize/decision",
+    "/oauth2/token",
+    "https://login.tenant.test",
+    STOAuthProfile::eRFC6749,
+    {"tc-", "tat-", "trt-"},
+    "tenant=kvggl",
 };
 
 void s_Error(STResponse& res, int nStatus, const char* pszError, const char* pszDescription) {
@@ -26,11 +39,15 @@ void s_Error(STResponse& res, int nStatus, const char* pszError, const char* psz
 }
 } // namespace
 
-COAuthProvider::COAuthProvider(CEmulator& emulator)
-    : m_Emulator(emulator), m_OAuth(emulator, s_Profile) {}
+COAuthProvider::COAuthProvider(CEmulator& emulator, const STOAuthProfile& profile)
+    : m_Emulator(emulator), m_Profile(profile), m_OAuth(emulator, profile) {}
 
 std::unique_ptr<IService> COAuthProvider::s_pCreate(CEmulator& emulator) {
-    return std::make_unique<COAuthProvider>(emulator);
+    return std::make_unique<COAuthProvider>(emulator, s_Profile);
+}
+
+std::unique_ptr<IService> COAuthProvider::s_pCreateTenant(CEmulator& emulator) {
+    return std::make_unique<COAuthProvider>(emulator, s_ProfileTenant);
 }
 
 void COAuthProvider::vReset() {
@@ -40,7 +57,7 @@ void COAuthProvider::vReset() {
 void COAuthProvider::vHandle(const STRequest& req, STResponse& res) {
     if (m_OAuth.bHandle(req, res))
         return;
-    if (req.sPath == "/userinfo")
+    if (req.sPath == (m_Profile.pszTokenParam ? "/oauth2/userinfo" : "/userinfo"))
         return UserInfo(req, res);
     s_Error(res, 404, "not_found", "No such endpoint.");
 }
@@ -52,8 +69,8 @@ void COAuthProvider::UserInfo(const STRequest& req, STResponse& res) {
         return;
     }
     STGrant g;
-    std::string sRealm = std::string("Bearer realm=\"") + ms_pszHost + "\"";
-    switch (COAuthServer::s_eCheckBearer(m_Emulator.Tokens(), ms_pszHost, req, {}, &g)) {
+    std::string sRealm = std::string("Bearer realm=\"") + m_Profile.pszHost + "\"";
+    switch (COAuthServer::s_eCheckBearer(m_Emulator.Tokens(), m_Profile.pszHost, req, {}, &g)) {
     case COAuthServer::eBearerMissing: // RFC 6750, 3.1: no error code when nothing was sent
         s_Error(res, 401, "invalid_request", "No access token.");
         res.AddHeader("WWW-Authenticate", sRealm);

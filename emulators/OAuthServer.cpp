@@ -57,7 +57,7 @@ void COAuthServer::s_Redirect(const STPending& pending, std::string sParams, STR
     if (pending.bHasState)
         sParams += "&state=" + pending.sRawState;
     std::string sLocation = pending.sRedirectUri;
-    if (pending.bImplicit) {
+    if (pending.bFragment) {
         sLocation += '#'; // the token stays in the browser (RFC 6749, 4.2.2)
     } else {
         char cLast = sLocation.empty() ? '\0' : sLocation.back();
@@ -88,7 +88,7 @@ void COAuthServer::Approve(const STPending& pending, const STUser& user, STRespo
             s += "&scope=" + CForm::s_sEncode(g.sScope());
         s_Redirect(pending, std::move(s), res);
     } else {
-        std::string sCode = tokens.sNewCode(g, pending.sRedirectUri, m_Profile.style);
+        std::string sCode = tokens.sNewCode(g, pending.sRedirectUri, m_Profile.style, pending.pkce);
         s_Redirect(pending, "code=" + CForm::s_sEncode(sCode), res);
     }
 }
@@ -139,6 +139,15 @@ void COAuthServer::Authorize(const STRequest& req, STResponse& res) {
         std::replace(sScope.begin(), sScope.end(), ',', ' ');
     }
     pending.bImplicit = sType == "token";
+    // A client that cannot read a fragment (a loopback listener) asks for the query instead
+    // (OAuth 2.0 Multiple Response Type Encoding Practices, response_mode).
+    pending.bFragment = pending.bImplicit && form.sValue("response_mode") != "query";
+    // PKCE (RFC 7636): a challenge sent is kept with the code; plain when no method is named.
+    pending.pkce.sChallenge = form.sValue("code_challenge");
+    if (!pending.pkce.sChallenge.empty())
+        pending.pkce.sMethod = form.bHas("code_challenge_method")
+                                   ? form.sValue("code_challenge_method")
+                                   : std::string("plain");
     pending.tabScopes = STGrant::s_tabSplitScopes(sScope);
 
     const char* pszError = nullptr;
@@ -149,6 +158,10 @@ void COAuthServer::Authorize(const STRequest& req, STResponse& res) {
     } else if (sType != "code" && sType != "token") {
         pszError = "unsupported_response_type";
         sDescription = "Unsupported response_type: " + sType;
+    } else if (!pending.pkce.sChallenge.empty() && pending.pkce.sMethod != "S256" &&
+               pending.pkce.sMethod != "plain") {
+        pszError = "invalid_request";
+        sDescription = "Transform algorithm not supported: " + pending.pkce.sMethod;
     } else if (bGoogle() && pending.tabScopes.empty()) {
         pszError = "invalid_request";
         sDescription = "Missing required parameter: scope";
@@ -215,7 +228,8 @@ void COAuthServer::Decide(const STRequest& req, STResponse& res) {
         m_mapPending.erase(it);
     }
     if (sDecision == "deny")
-        return RedirectError(pending, "access_denied", {}, res);
+        return RedirectError(pending, "access_denied",
+                             bGoogle() ? "" : "The resource owner denied the request.", res);
     const CSeed& seed = m_Emulator.Seed();
     const STUser* pUser = seed.pFindUser(oForm->sValue("user"));
     Approve(pending, pUser ? *pUser : seed.DefaultUser(), res);
@@ -336,10 +350,34 @@ void COAuthServer::Token(const STRequest& req, STResponse& res) {
                           std::string("Basic realm=\"") + m_Profile.pszHost + "\"");
         return;
     }
+    if (!bCheckTokenParam(req, form, res))
+        return;
     if (sGrantType == "authorization_code")
         GrantCode(form, *pClient, res);
     else
         GrantRefresh(form, *pClient, res);
+}
+
+bool COAuthServer::bCheckTokenParam(const STRequest& req, const CForm& form,
+                                    STResponse& res) const {
+    if (!m_Profile.pszTokenParam)
+        return true;
+    std::string_view svParam = m_Profile.pszTokenParam;
+    std::string sName(svParam.substr(0, svParam.find('=')));
+    std::string_view svExpected = svParam.substr(sName.size() + 1);
+    auto oQuery = CForm::s_oParse(req.sQuery, CForm::eLenient, nullptr);
+    std::string sValue = form.bHas(sName) ? form.sValue(sName)
+                         : oQuery         ? oQuery->sValue(sName)
+                                          : std::string();
+    if (sValue.empty()) {
+        s_TokenError(res, 400, "invalid_request", "Missing required parameter: " + sName);
+        return false;
+    }
+    if (sValue != svExpected) {
+        s_TokenError(res, 400, "invalid_request", "Unknown " + sName + ": " + sValue);
+        return false;
+    }
+    return true;
 }
 
 void COAuthServer::GrantCode(const CForm& form, const STClient& client, STResponse& res) {
@@ -352,7 +390,8 @@ void COAuthServer::GrantCode(const CForm& form, const STClient& client, STRespon
     STGrant g;
     CTokenStore::STTokens t;
     CTokenStore::eVerdict e = m_Emulator.Tokens().eRedeemCode(
-        sCode, m_Profile.pszHost, client.sId, form.sValue("redirect_uri"), m_Profile.style, g, t);
+        sCode, m_Profile.pszHost, client.sId, form.sValue("redirect_uri"),
+        form.sValue("code_verifier"), m_Profile.style, g, t);
     switch (e) {
     case CTokenStore::eValid:
         return TokenAnswer(g, t, res);
@@ -361,6 +400,8 @@ void COAuthServer::GrantCode(const CForm& form, const STClient& client, STRespon
             return s_TokenError(res, 400, "redirect_uri_mismatch", "Bad Request");
         return s_TokenError(res, 400, "invalid_grant",
                             "redirect_uri differs from the one of the authorization request.");
+    case CTokenStore::eWrongVerifier:
+        return s_TokenError(res, 400, "invalid_grant", "PKCE verification failed.");
     case CTokenStore::eUsed:
         return s_TokenError(res, 400, "invalid_grant",
                             bGoogle() ? "Bad Request" : "The authorization code was already used.");

@@ -32,6 +32,9 @@ struct STOAuthProfile {
     const char* pszIdTokenIss; // "iss" of the ID tokens
     eDialect eKind;
     CTokenStore::STStyle style;
+    // A parameter "name=value" that the token endpoint requires, in its query or its body, as
+    // providers that serve several tenants from one host do; null for none.
+    const char* pszTokenParam;
 };
 
 class COAuthServer {
@@ -60,12 +63,16 @@ private:
         std::string sRawState; // echoed exactly as received
         std::vector<std::string> tabScopes;
         bool bImplicit = false;
+        bool bFragment = false; // the answer after "#": the implicit flow unless response_mode=query
         long long nExpires = 0;
+        CTokenStore::STPkce pkce;
     };
 
     void Authorize(const STRequest& req, STResponse& res);
     void Decide(const STRequest& req, STResponse& res);
     void Token(const STRequest& req, STResponse& res);
+    // False, with the error answered, when the profile's token parameter is missing or wrong.
+    bool bCheckTokenParam(const STRequest& req, const CForm& form, STResponse& res) const;
     void GrantCode(const CForm& form, const STClient& client, STResponse& res);
     void GrantRefresh(const CForm& form, const STClient& client, STResponse& res);
 

@@ -14,6 +14,7 @@ const STServiceRow s_tabRows[] = {
     {"oauth.provider.test", "", &COAuthProvider::s_pCreate},
     {"www.facebook.com", "", &CFacebookDialogue::s_pCreate},
     {"graph.facebook.com", "", &CFacebookGraph::s_pCreate},
+    {"login.tenant.test", "", &COAuthProvider::s_pCreateTenant},
 };
 } // namespace
 

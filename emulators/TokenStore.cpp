@@ -1,5 +1,8 @@
 #include "TokenStore.h"
 
+#include "Base64.h"
+#include "Sha256.h"
+
 #include <chrono>
 
 #include "Seed.h"
@@ -65,11 +68,19 @@ void CTokenStore::Reset(const CSeed& seed) {
     }
 }
 
+bool CTokenStore::s_bVerifierMatches(const STPkce& pkce, std::string_view svVerifier) {
+    if (pkce.sChallenge.empty())
+        return true;
+    if (pkce.sMethod == "S256")
+        return CBase64::s_sEncode(CSha256::s_sDigest(svVerifier), true) == pkce.sChallenge;
+    return svVerifier == pkce.sChallenge;
+}
+
 std::string CTokenStore::sNewCode(const STGrant& g, const std::string& sRedirectUri,
-                                  const STStyle& style) {
+                                  const STStyle& style, const STPkce& pkce) {
     std::string sCode = style.pszCode + CText::s_sRandomToken(40);
     std::lock_guard lock(m_mtx);
-    m_mapCodes[sCode] = {g, sRedirectUri, s_nNow() + s_nCodeLifetime, false, {}};
+    m_mapCodes[sCode] = {g, sRedirectUri, s_nNow() + s_nCodeLifetime, false, {}, pkce};
     return sCode;
 }
 
@@ -94,7 +105,8 @@ CTokenStore::STTokens CTokenStore::NewTokens(const STGrant& g, bool bWithRefresh
 
 CTokenStore::eVerdict CTokenStore::eRedeemCode(std::string_view svCode, std::string_view svProvider,
                                                std::string_view svClientId,
-                                               std::string_view svRedirectUri, const STStyle& style,
+                                               std::string_view svRedirectUri,
+                                               std::string_view svVerifier, const STStyle& style,
                                                STGrant& g, STTokens& tokens) {
     std::lock_guard lock(m_mtx);
     auto it = m_mapCodes.find(svCode);
@@ -115,6 +127,8 @@ CTokenStore::eVerdict CTokenStore::eRedeemCode(std::string_view svCode, std::str
         return eExpired;
     if (code.sRedirectUri != svRedirectUri)
         return eWrongRedirect;
+    if (!s_bVerifierMatches(code.pkce, svVerifier))
+        return eWrongVerifier;
     code.bUsed = true;
     g = code.grant;
     tokens = NewTokensLocked(g, true, style);

@@ -25,7 +25,21 @@ struct STGrant {
 
 class CTokenStore {
 public:
-    enum eVerdict { eValid, eUnknown, eExpired, eUsed, eWrongClient, eWrongRedirect, eWrongScope };
+    enum eVerdict {
+        eValid,
+        eUnknown,
+        eExpired,
+        eUsed,
+        eWrongClient,
+        eWrongRedirect,
+        eWrongScope,
+        eWrongVerifier, // PKCE: the code_verifier does not match the code_challenge
+    };
+    // The PKCE challenge of an authorisation (RFC 7636); empty when the client sent none.
+    struct STPkce {
+        std::string sChallenge;
+        std::string sMethod; // "S256" or "plain"
+    };
     struct STTokens {
         std::string sAccessToken;
         std::string sRefreshToken; // empty when none was asked for
@@ -41,11 +55,13 @@ public:
     // Back to the seed: everything handed out is forgotten, the seeded grants are installed.
     void Reset(const CSeed& seed);
 
-    std::string sNewCode(const STGrant& g, const std::string& sRedirectUri, const STStyle& style);
+    std::string sNewCode(const STGrant& g, const std::string& sRedirectUri, const STStyle& style,
+                         const STPkce& pkce = {});
     // Single use: a second redemption fails and revokes what the first one obtained.
     eVerdict eRedeemCode(std::string_view svCode, std::string_view svProvider,
                          std::string_view svClientId, std::string_view svRedirectUri,
-                         const STStyle& style, STGrant& g, STTokens& tokens);
+                         std::string_view svVerifier, const STStyle& style, STGrant& g,
+                         STTokens& tokens);
     STTokens NewTokens(const STGrant& g, bool bWithRefresh, const STStyle& style);
     // tabNarrow, when not empty, asks for fewer scopes than the refresh token holds.
     eVerdict eRefresh(std::string_view svRefreshToken, std::string_view svProvider,
@@ -67,8 +83,11 @@ private:
         long long nExpires = 0;
         bool bUsed = false;
         std::vector<std::string> tabGiven; // tokens it was exchanged for, revoked on reuse
+        STPkce pkce;
     };
     static long long s_nNow();
+    // An exchange without a challenge passes; with one, the verifier must answer it.
+    static bool s_bVerifierMatches(const STPkce& pkce, std::string_view svVerifier);
     STTokens NewTokensLocked(const STGrant& g, bool bWithRefresh, const STStyle& style);
 
     mutable std::mutex m_mtx;

@@ -2,8 +2,8 @@
 
 #include "connection/GoogleConnexion.h"
 #include "connection/GoogleEndpoints.h"
-#include "connection/HTTPRequete.h"
 #include "connection/HTTPResponse.h"
+#include "connection/PosteFormulaire.h"
 #include "connection/VisiteurJSONGetToken.h"
 #include "foundation/LooseCompare.h"
 #include "frame/ComposanteGGL.h"
@@ -39,11 +39,6 @@ constexpr STCleRedirection gtabCleRedirection[] = {
     {L"access_token", &stInfoResHTTP::m_sAccessToken},
     {L"token_type", &stInfoResHTTP::m_sTokenType},
 };
-
-void s_CopieErreurHote(IHTTP* piHTTP, CXError* pclErreur) {
-    if (CXError* pclHote = piHTTP->vpiGetErreur())
-        pclErreur->Copy(pclHote);
-}
 
 } // namespace
 
@@ -145,12 +140,6 @@ bool CInterfGGLCnx::bProcessRedirectionHTTP(const wchar_t* pszReponse,
     if (!piHTTP)
         return false;
 
-    CParametresHTTPRequete clParametres;
-    clParametres.m_sURL =
-        CXYString<wchar_t>((std::wstring(gszGoogleAccounts) + L"/o/oauth2/token").c_str());
-    clParametres.m_sTypeContenu =
-        CXYString<wchar_t>(CHTTPRequete::s_pszGetMIMEType(HTTPCT_FORMULAIRE));
-    clParametres.m_nMethode = METHODE_HTTP_POST;
     // The values go unencoded, the code as the provider wrote it in the redirect.
     std::wstring sCorps = L"code=";
     sCorps += stInfo.m_sCode.sv();
@@ -161,33 +150,16 @@ bool CInterfGGLCnx::bProcessRedirectionHTTP(const wchar_t* pszReponse,
     sCorps += L"&redirect_uri=";
     sCorps += pszRedirection ? pszRedirection : L"";
     sCorps += L"&grant_type=authorization_code";
-    const std::string sUtf8 = KVUtf8::VersUtf8(sCorps);
-    if (!KV_bSucces(clParametres.m_clCorps.nAssign(sUtf8.data(), sUtf8.size()))) {
-        pclErreur->SetErrorNoMemory();
+    STReponseFormulaire stReponse;
+    if (!bPosteFormulaire(piHTTP, (std::wstring(gszGoogleAccounts) + L"/o/oauth2/token").c_str(),
+                          sCorps, stReponse, pclErreur))
         return false;
-    }
-
-    if (!piHTTP->vbExecute(clParametres, 0)) {
-        s_CopieErreurHote(piHTTP, pclErreur);
-        return false;
-    }
-    CAny clStatut;
-    CAny clCorps;
-    if (!piHTTP->vbDonneResultat(clStatut, RESULTAT_HTTP_CODE) ||
-        !piHTTP->vbDonneResultat(clCorps, RESULTAT_HTTP_MESSAGE)) {
-        s_CopieErreurHote(piHTTP, pclErreur);
-        return false;
-    }
-    int nStatut = 0;
-    (void)clStatut.nGetINT(&nStatut);
-    CHTTPResponse clReponse;
-    clReponse.SetMessage(clCorps);
-    CXYString<char> sTexte;
-    (void)clReponse.bGetMessage(sTexte);
+    const int nStatut = stReponse.nStatut;
+    const std::string sTexte(stReponse.clCorps.sv());
 
     _CXErrorModule60 clErreurJSON;
     auto clRacine =
-        CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.pszGet(), &clErreurJSON));
+        CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.c_str(), &clErreurJSON));
     if (!clRacine) {
         // The parser's own cause goes along under the component's.
         pclErreur->SetUserError(&gstMyModuleInfo60, 600003);

@@ -9,11 +9,7 @@ namespace {
 
 // Keys holding text, with their field; "message" after "error", so that the later of the two
 // in the answer is the one kept.
-struct STCleTexte {
-    const wchar_t* pszCle;
-    CXYString<wchar_t> STOAuth2TokenBase::*pChamp;
-};
-constexpr STCleTexte gtabCleTexte[] = {
+constexpr STCleJetonTexte gtabCleTexte[] = {
     {L"error", &STOAuth2TokenBase::m_sError},
     {L"message", &STOAuth2TokenBase::m_sError},
     {L"access_token", &STOAuth2TokenBase::m_sAccessToken},
@@ -22,6 +18,8 @@ constexpr STCleTexte gtabCleTexte[] = {
 };
 
 } // namespace
+
+CVisiteurJSONGetToken::CVisiteurJSONGetToken() : m_tabCles(gtabCleTexte) {}
 
 eVISITEJSON CVisiteurJSONGetToken::veVisiteMembre(const CNomStandard& clNom, IElementJSON&) {
     m_sMembre = CXYString<wchar_t>(clNom.sv());
@@ -35,7 +33,7 @@ eVISITEJSON CVisiteurJSONGetToken::veVisiteValeur(CAny& clValeur) {
             m_stToken.m_nExpires = n;
         return VISITE_SUIVANT;
     }
-    for (const STCleTexte& st : gtabCleTexte) {
+    for (const STCleJetonTexte& st : m_tabCles) {
         if (!STR_bEgalSoupleSansBlancs(m_sMembre.sv(), st.pszCle))
             continue;
         if (clValeur.nGetType() == 16)

@@ -7,8 +7,17 @@
 #include "JSONService.h"
 #include "XYString.h"
 
-class CVisiteurJSONGetToken final : public IVisiteurJSON {
+#include <span>
+
+// A text key of a token answer and the field it fills.
+struct STCleJetonTexte {
+    const wchar_t* pszCle;
+    CXYString<wchar_t> STOAuth2TokenBase::*pChamp;
+};
+
+class CVisiteurJSONGetToken : public IVisiteurJSON {
 public:
+    CVisiteurJSONGetToken();
     eVISITEJSON veVisiteValeur(CAny& clValeur) override;
     eVISITEJSON veVisiteObjet(IObjetJSON&) override { return VISITE_DESCEND; }
     eVISITEJSON veVisiteMembre(const CNomStandard& clNom, IElementJSON&) override;
@@ -17,7 +26,13 @@ public:
 
     const STOAuth2TokenBase& stGetToken() const { return m_stToken; }
 
+protected:
+    // Another provider's keys, tried in order; "expires_in" is always read.
+    explicit CVisiteurJSONGetToken(std::span<const STCleJetonTexte> tabCles) : m_tabCles(tabCles) {}
+    STOAuth2TokenBase& stToken() { return m_stToken; }
+
 private:
+    std::span<const STCleJetonTexte> m_tabCles;
     CXYString<wchar_t> m_sMembre;
     STOAuth2TokenBase m_stToken;
 };

@@ -27,6 +27,8 @@ class CXmlObjectListe;
 class CXmlObjectMulti;
 enum eTypePropXML : int32_t;
 using PFNXMLCREATION = CXmlObject* (*)(INoeudXML*, eTypePropXML, CXmlObjectMulti*, const char*);
+class CAuthTokenDINO;
+class COAuth2ParametresDINO;
 
 class CComposanteGGL : public CKLLibrary {
 public:
@@ -64,6 +66,8 @@ public:
     // bParNavigateur: 1 when the dialogue must run in the browser. nFonction: the row of the
     // asking script function in the function table, whose name the dialogue shows. Only the
     // desktop kind of runtime has a dialogue; any other gets 600055.
+    // The kind of runtime, as the host reports it, that has a login dialogue.
+    static constexpr int knProduitAvecDialogue = 1;
     static bool s_bAuthIdentifie(IInterfGGLCnx& clInterface, IVM* piVM, int bParNavigateur,
                                  int nFonction, CXError& clErreur);
 
@@ -88,6 +92,10 @@ public:
     // included.
     static void s_ChaineRC2Liste(const CXYString<wchar_t>& sTexte, CXmlObjectListe* pclListe,
                                  PFNXMLCREATION pfnCreation, eTypePropXML eType);
+    // AuthIdentifie: the token of the provider that the parameters describe, through the
+    // login dialogue. Always an object (count 0), without a token when none was obtained.
+    static CAuthTokenDINO* AuthIdentifie(IVM* piVM, COAuth2ParametresDINO* pclParametres,
+                                         CXError& clErreur);
 
     // Shared by every library object; ended by TermCompo of any, taken again at next use.
     static IGestionnaireXML* ms_piGestionXML;

@@ -310,9 +310,12 @@ bool CHost::bNew(int nClass, const std::vector<CHostValue>& tabArguments, STHost
     const auto& stC = clTables().tabClasses()[static_cast<size_t>(nClass)];
     const size_t n = tabArguments.size();
     const CComponentTables::STSyntax* pstS = nullptr;
+    // The first that fits: rows without a signature all count 0 parameters.
     for (const auto& stS : stC.tabConstructors)
-        if (stS.nParameters == n)
+        if (stS.nParameters == n) {
             pstS = &stS;
+            break;
+        }
     // Constructor syntaxes come without signatures: the k-th takes k arguments.
     if (!pstS && n < stC.tabConstructors.size())
         pstS = &stC.tabConstructors[n];

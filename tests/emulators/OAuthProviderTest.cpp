@@ -132,7 +132,9 @@ TEST(OAuthProvider, ErrorsGoBackToAKnownRedirect) {
     std::string sTxn = page.sBody.substr(n, page.sBody.find('"', n) - n);
     STReply deny = h.Probe().Get(s_szHost, "/authorize/decision?decision=deny&txn=" + sTxn);
     ASSERT_EQ(deny.nStatus, 302);
-    EXPECT_EQ(deny.sHeader("Location"), std::string(s_szRedirect) + "#error=access_denied&state=t");
+    EXPECT_EQ(deny.sHeader("Location"), std::string(s_szRedirect) +
+                                            "#error=access_denied&error_description=The%20resource"
+                                            "%20owner%20denied%20the%20request.&state=t");
 }
 
 TEST(OAuthProvider, TokenEndpointErrorsPerRfc6749) {
@@ -162,4 +164,55 @@ TEST(OAuthProvider, TokenEndpointErrorsPerRfc6749) {
         EXPECT_EQ(r.nStatus, c.nStatus) << c.pszBody << ": " << r.sBody;
         EXPECT_EQ(CFlow::s_sJsonText(r.sBody, "error"), c.pszError) << c.pszBody;
     }
+}
+
+// PKCE (RFC 7636, with its appendix B pair): a code whose authorisation carried a challenge is
+// exchanged only with the verifier that answers it; the tenant provider's token endpoint wants
+// its tenant in the query or in the body.
+TEST(OAuthProvider, PkceAndTheTenantParameter) {
+    const std::string sVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
+    const std::string sChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
+    struct STCas {
+        const char* pszHost;
+        const char* pszPrefix; // of the paths
+        std::string sChallenge; // query text after the redirect
+        std::string sTokenQuery;
+        std::string sExtraBody;
+        int nStatus;
+        const char* pszError;
+    };
+    const STCas tabCas[] = {
+        {s_szHost, "", "&code_challenge=" + sChallenge + "&code_challenge_method=S256", "",
+         "&code_verifier=" + sVerifier, 200, ""},
+        {s_szHost, "", "&code_challenge=" + sChallenge + "&code_challenge_method=S256", "",
+         "&code_verifier=" + sChallenge, 400, "invalid_grant"},
+        {s_szHost, "", "&code_challenge=" + sChallenge + "&code_challenge_method=S256", "", "", 400,
+         "invalid_grant"},
+        {s_szHost, "", "&code_challenge=plain-one", "", "&code_verifier=plain-one", 200, ""},
+        {s_szHost, "", "", "", "&code_verifier=unasked", 200, ""}, // no challenge, nothing checked
+        {"login.tenant.test", "/oauth2", "", "?tenant=kvggl", "", 200, ""},
+        {"login.tenant.test", "/oauth2", "", "", "&tenant=kvggl", 200, ""},
+        {"login.tenant.test", "/oauth2", "", "", "", 400, "invalid_request"},
+        {"login.tenant.test", "/oauth2", "", "?tenant=other", "", 400, "invalid_request"},
+    };
+    CEmulatorHarness h;
+    for (const STCas& st : tabCas) {
+        const std::string sWhat = std::string(st.pszHost) + st.sChallenge + st.sTokenQuery + st.sExtraBody;
+        STReply auth = h.Probe().Get(st.pszHost, std::string(st.pszPrefix) +
+                                                     "/authorize?response_type=code&client_id="
+                                                     "demo-client&redirect_uri=http://127.0.0.1:9/" +
+                                                     st.sChallenge);
+        ASSERT_EQ(auth.nStatus, 302) << sWhat << auth.sBody;
+        STReply token = h.Probe().PostForm(
+            st.pszHost, std::string(st.pszPrefix) + "/token" + st.sTokenQuery,
+            "grant_type=authorization_code&client_id=demo-client&client_secret=demo-secret&code=" +
+                CFlow::s_sParam(auth.sHeader("Location"), "code") +
+                "&redirect_uri=http://127.0.0.1:9/" + st.sExtraBody);
+        EXPECT_EQ(token.nStatus, st.nStatus) << sWhat << token.sBody;
+        if (*st.pszError) {
+            EXPECT_EQ(CFlow::s_sJsonText(token.sBody, "error"), st.pszError) << sWhat;
+        }
+    }
+    STReply bad = h.Probe().Get(s_szHost, s_sAuthorize("code", "&code_challenge=x&code_challenge_method=MD5"));
+    EXPECT_EQ(CFlow::s_sParam(bad.sHeader("Location"), "error"), "invalid_request");
 }
