@@ -85,14 +85,19 @@ int CConnexionOAuthBase::vbRequete(IVM* piVM, CHTTPRequete& clRequete, HTTPMetho
         return 1;
     }
 
+    s_ErreurStatutHTTP(clReponse, pclErreur);
+    return 0;
+}
+
+void CConnexionOAuthBase::s_ErreurStatutHTTP(const CHTTPResponse& clReponse, CXError* pclErreur) {
     // The label first, then what the server said, so that the user sees both.
     CXYString<wchar_t> sTexteServeur;
     (void)clReponse.bGetMessage(sTexteServeur);
     CTString sMessage;
     DLLRES_bFormatMessage(&gstMyModuleInfo60, knFormatStatutHTTP, &sMessage,
-                          CHTTPResponse::s_pszGetLibelle(eCode), sTexteServeur.pszGet());
+                          CHTTPResponse::s_pszGetLibelle(clReponse.eGetCodeRetour()),
+                          sTexteServeur.pszGet());
     pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, knErreurStatutHTTP, sMessage.pszGet());
-    return 0;
 }
 
 CHTTPResponse CConnexionOAuthBase::clExecuteRequeteCOM(IVM* piVM, CHTTPRequete& clRequete,

@@ -48,6 +48,8 @@ public:
     // method sends nothing and gives an empty response, with no error.
     CHTTPResponse clExecuteRequeteCOM(IVM* piVM, CHTTPRequete& clRequete, HTTPMethod eMethode,
                                       CXError* pclErreur);
+    // 600005 with the label of the answer's status and the text the server sent.
+    static void s_ErreurStatutHTTP(const CHTTPResponse& clReponse, CXError* pclErreur);
     // The head and body of the last exchange of this connection's HTTP service.
     CHTTPResponse _clGetHTTPResponse(IVM* piVM, CXError* pclErreur);
 

@@ -42,9 +42,7 @@ namespace {
 
 constexpr unsigned knErreurConnexion = 600001;
 constexpr unsigned knErreurReponseIlisible = 600003;
-constexpr unsigned knErreurStatutHTTP = 600005;
 constexpr unsigned knErreurService = 600013;
-constexpr unsigned knFormatStatutHTTP = 5870;
 
 // The script bits in the order logins and token stores walk them.
 constexpr int gtabOrdreBits[] = {1, 2, 8, 4, 16};
@@ -65,17 +63,6 @@ std::wstring s_sScope(eSERVICESGOOGLE eService) {
     default:
         return {};
     }
-}
-
-// 600005 with the label of the status and what the server said.
-void s_ErreurStatut(const CHTTPResponse& clReponse, CXError* pclErreur) {
-    CXYString<wchar_t> sTexteServeur;
-    (void)clReponse.bGetMessage(sTexteServeur);
-    CTString sMessage;
-    DLLRES_bFormatMessage(&gstMyModuleInfo60, knFormatStatutHTTP, &sMessage,
-                          CHTTPResponse::s_pszGetLibelle(clReponse.eGetCodeRetour()),
-                          sTexteServeur.pszGet());
-    pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, knErreurStatutHTTP, sMessage.pszGet());
 }
 
 CKLANYArray s_tabUnService(int nService) {
@@ -362,7 +349,7 @@ IDocumentXML* CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clReponse, C
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     if (clReponse.eGetCodeRetour() != eAttendu) {
-        s_ErreurStatut(clReponse, pcl);
+        s_ErreurStatutHTTP(clReponse, pcl);
         return nullptr;
     }
     CXYString<wchar_t> sTexte;
@@ -378,7 +365,7 @@ IElementJSON* CGoogleConnexion::s_piParseJSONResponse(CHTTPResponse& clReponse, 
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     if (clReponse.eGetCodeRetour() != eAttendu) {
-        s_ErreurStatut(clReponse, pcl);
+        s_ErreurStatutHTTP(clReponse, pcl);
         return nullptr;
     }
     CXYString<char> sTexte;
