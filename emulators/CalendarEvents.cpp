@@ -120,8 +120,9 @@ void s_Merge(CJsonValue& target, const CJsonValue& patch) {
     for (const auto& [sKey, value] : patch.Members()) {
         if (value.bIsNull()) {
             target.bErase(sKey);
-        } else if (value.bIsObject() && target.pFind(sKey) && target.pFind(sKey)->bIsObject()) {
-            CJsonValue sub = *target.pFind(sKey);
+        } else if (value.bIsObject()) {
+            const CJsonValue* pOld = target.pFind(sKey);
+            CJsonValue sub = pOld && pOld->bIsObject() ? *pOld : CJsonValue::s_Object();
             s_Merge(sub, value);
             target.Set(sKey, std::move(sub));
         } else {
