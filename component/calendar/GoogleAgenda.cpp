@@ -20,6 +20,8 @@
 #include <string>
 #include <utility>
 
+using namespace std::string_view_literals;
+
 ITypeDescription* CGoogleAgenda::ms_piType = nullptr;
 
 CGoogleAgenda::~CGoogleAgenda() { __VideEvenements(); }
@@ -55,16 +57,16 @@ void* CGoogleAgenda::AccesseurEvenement(CCtxInfo*, CXError*) {
         new CTEnumerateurDinoGgl<CGoogleAgenda, CGoogleEvenement>(this, &m_tabEvenements));
 }
 
-void CGoogleAgenda::_vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) {
+void CGoogleAgenda::_vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) {
     m_eEtatObjet = ETAT_SYNCHRONISE;
-    const std::wstring_view sv = sChemin.sv();
-    if (sv == L"summary")
+    const std::wstring_view sv = svChemin;
+    if (sv == L"summary"sv)
         s_CopieTexte(clValeur, m_sTitre);
-    else if (sv == L"id")
+    else if (sv == L"id"sv)
         s_CopieTexte(clValeur, m_sIdentifiant);
-    else if (sv == L"description")
+    else if (sv == L"description"sv)
         s_CopieTexte(clValeur, m_sDescription);
-    else if (sv == L"timeZone")
+    else if (sv == L"timeZone"sv)
         s_CopieTexte(clValeur, m_sFuseauHoraire);
 }
 

@@ -61,7 +61,7 @@ public:
 
 protected:
     ~CGoogleAgenda() override;
-    void _vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) override;
+    void _vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) override;
 
 private:
     void _vRAZ();

@@ -22,6 +22,8 @@
 #include <cwchar>
 #include <string>
 
+using namespace std::string_view_literals;
+
 ITypeDescription* CGoogleEvenement::ms_piType = nullptr;
 
 namespace {
@@ -186,30 +188,30 @@ CDateTime CGoogleEvenement::GetDateFin(CCtxInfo* pclCtx, CXError* pclErreur) con
 
 CDateTimeRFC3339 CGoogleEvenement::__GetDate_RFC3339FromCAny(CAny& clValeur) {
     CDateTimeRFC3339 cl;
-    CXYString<wchar_t> s;
-    if (s_bEstTexte(clValeur)) (void)clValeur.__nFillString(s);
+    // The text is read where it stands.
+    const wchar_t* psz = s_bEstTexte(clValeur) ? clValeur.pclGetIntern()->nGetPCWSTR() : nullptr;
     // A text that does not read leaves the date empty, without an error.
-    if (cl.nVersDate_RFC3339(s.pszGet()) != 0) cl = CDateTimeRFC3339();
+    if (cl.nVersDate_RFC3339(psz ? psz : L"") != 0) cl = CDateTimeRFC3339();
     return cl;
 }
 
-void CGoogleEvenement::_vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) {
+void CGoogleEvenement::_vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) {
     m_eEtatObjet = ETAT_SYNCHRONISE;
-    const std::wstring_view sv = sChemin.sv();
-    if (sv == L"id") {
+    const std::wstring_view sv = svChemin;
+    if (sv == L"id"sv) {
         s_CopieTexte(clValeur, m_sIdentifiant);
-    } else if (sv == L"summary") {
+    } else if (sv == L"summary"sv) {
         s_CopieTexte(clValeur, m_sTitre);
-    } else if (sv == L"description") {
+    } else if (sv == L"description"sv) {
         s_CopieTexte(clValeur, m_sContenu);
-    } else if (sv == L"updated") {
+    } else if (sv == L"updated"sv) {
         m_dtMiseAJour = __GetDate_RFC3339FromCAny(clValeur);
-    } else if (sv == L"start.date" || sv == L"start.dateTime" || sv == L"end.date" ||
-               sv == L"end.dateTime") {
+    } else if (sv == L"start.date"sv || sv == L"start.dateTime"sv || sv == L"end.date"sv ||
+               sv == L"end.dateTime"sv) {
         // Whichever of the four comes last decides whether the event is all-day.
         (sv[0] == L's' ? m_dtDebut : m_dtFin) = __GetDate_RFC3339FromCAny(clValeur);
-        m_bJourneeEntiere = sv.ends_with(L".date") ? 1 : 0;
-    } else if (sv == L"location") {
+        m_bJourneeEntiere = sv.ends_with(L".date"sv) ? 1 : 0;
+    } else if (sv == L"location"sv) {
         __VideLieux();
         CWhere* pcl = CWhere::s_pclCreeObjet(nullptr, nullptr);
         pcl->vAddRef();
@@ -218,19 +220,18 @@ void CGoogleEvenement::_vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin,
         pcl->ForceDescription(s);
         pcl->m_eEtatObjet = ETAT_SYNCHRONISE;
         m_tabLieux.Ajoute(pcl);
-    } else if (sv == L"creator.email" || sv == L"creator.displayName") {
+    } else if (sv == L"creator.email"sv || sv == L"creator.displayName"sv) {
         CXYString<wchar_t> s;
         s_CopieTexte(clValeur, s);
-        if (sv == L"creator.email")
+        if (sv == L"creator.email"sv)
             m_pclAuteur->ForceEmail(nullptr, nullptr, s);
         else
             m_pclAuteur->ForceNom(nullptr, nullptr, s);
     }
 }
 
-void CGoogleEvenement::_vSetTableauFromJSON(const CXYString<wchar_t>& sChemin,
-                                            ITableauJSON& clTableau) {
-    if (sChemin.sv() != L"attendees") return;
+void CGoogleEvenement::_vSetTableauFromJSON(std::wstring_view svChemin, ITableauJSON& clTableau) {
+    if (svChemin != L"attendees"sv) return;
     __VideParticipants();
     const int nNb = clTableau.vnGetNbElement();
     for (int i = 0; i < nNb; ++i) {

@@ -69,8 +69,8 @@ public:
 
 protected:
     ~CGoogleEvenement() override;
-    void _vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) override;
-    void _vSetTableauFromJSON(const CXYString<wchar_t>& sChemin, ITableauJSON& clTableau) override;
+    void _vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) override;
+    void _vSetTableauFromJSON(std::wstring_view svChemin, ITableauJSON& clTableau) override;
 
 private:
     void __RAZ();

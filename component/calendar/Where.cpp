@@ -1,5 +1,7 @@
 #include "calendar/Where.h"
 
+using namespace std::string_view_literals;
+
 ITypeDescription* CWhere::ms_piType = nullptr;
 
 void CWhere::CopieObjet(CCtxInfo*, CXError*, CWhere* pclSource) {
@@ -9,9 +11,9 @@ void CWhere::CopieObjet(CCtxInfo*, CXError*, CWhere* pclSource) {
     m_sDescription = pclSource->m_sDescription;
 }
 
-void CWhere::_vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) {
+void CWhere::_vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) {
     m_eEtatObjet = ETAT_SYNCHRONISE;
-    if (sChemin.sv() == L"location") s_CopieTexte(clValeur, m_sDescription);
+    if (svChemin == L"location"sv) s_CopieTexte(clValeur, m_sDescription);
 }
 
 // The stubs that the rows of the class point at.

@@ -4,6 +4,8 @@
 
 #include <string>
 
+using namespace std::string_view_literals;
+
 ITypeDescription* CWho::ms_piType = nullptr;
 
 void CWho::CopieObjet(CCtxInfo*, CXError*, CWho* pclSource) {
@@ -14,14 +16,14 @@ void CWho::CopieObjet(CCtxInfo*, CXError*, CWho* pclSource) {
     m_sLibelle = pclSource->m_sLibelle;
 }
 
-void CWho::_vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) {
+void CWho::_vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) {
     m_eEtatObjet = ETAT_SYNCHRONISE;
-    const std::wstring_view sv = sChemin.sv();
-    if (sv == L"id")
+    const std::wstring_view sv = svChemin;
+    if (sv == L"id"sv)
         s_CopieTexte(clValeur, m_sIdentifiant);
-    else if (sv == L"email")
+    else if (sv == L"email"sv)
         s_CopieTexte(clValeur, m_sEmail);
-    else if (sv == L"displayName")
+    else if (sv == L"displayName"sv)
         s_CopieTexte(clValeur, m_sLibelle);
 }
 

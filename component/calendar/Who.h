@@ -24,7 +24,7 @@ public:
 
 protected:
     ~CWho() override = default;
-    void _vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) override;
+    void _vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) override;
 
 private:
     CXYString<wchar_t> m_sIdentifiant;

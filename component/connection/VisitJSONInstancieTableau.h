@@ -8,6 +8,8 @@
 #include "Ref.h"
 #include "XYString.h"
 
+#include <string_view>
+
 class CCtxInfo;
 class CXError;
 
@@ -26,7 +28,7 @@ public:
     eVISITEJSON veVisiteObjet(IObjetJSON&) override { return VISITE_DESCEND; }
     eVISITEJSON veVisiteElement(IElementJSON&) override { return VISITE_DESCEND; }
     eVISITEJSON veVisiteMembre(const CNomStandard& clNom, IElementJSON&) override {
-        m_bItems = clNom.sv() == L"items";
+        m_bItems = clNom.sv() == std::wstring_view(L"items", 5);
         return VISITE_DESCEND;
     }
     // Only the last member name counts: "items" nested in another object is taken too.

@@ -3,7 +3,9 @@
 // whole; a subclass that wants their elements walks them itself.
 #pragma once
 #include "JSONService.h"
-#include "XYString.h"
+
+#include <string>
+#include <string_view>
 
 class CVisiteurJSONSetPropriete : public IVisiteurJSON {
 public:
@@ -16,18 +18,18 @@ public:
     eVISITEJSON veVisiteElement(IElementJSON& clElement) override;
 
 protected:
-    // A leaf at sChemin.
-    virtual void _vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) = 0;
-    // An array at sChemin; ignored unless a subclass wants it.
-    virtual void _vSetTableauFromJSON(const CXYString<wchar_t>& /*sChemin*/,
-                                      ITableauJSON& /*clTableau*/) {}
+    // A leaf at svChemin; the text is the walk's and lasts for the call only.
+    virtual void _vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) = 0;
+    // An array at svChemin; ignored unless a subclass wants it.
+    virtual void _vSetTableauFromJSON(std::wstring_view /*svChemin*/, ITableauJSON& /*clTableau*/) {}
 
 private:
-    // The path of the member now visited: the member alone at the top, "path.member" below.
-    CXYString<wchar_t> _sCheminMembre() const;
     // Descends with the member appended to the path; path and member as they were after.
     template <class TNoeud> eVISITEJSON _eDescend(TNoeud& clNoeud);
+    // The path and the member now visited, "path.member", in one text that every leaf reads
+    // as it stands: no text is made per leaf.
+    std::wstring_view _svCheminMembre() const { return m_sTexte; }
 
-    CXYString<wchar_t> m_sChemin;
-    CXYString<wchar_t> m_sMembre;
+    std::wstring m_sTexte;
+    size_t m_nChemin = 0; // the length of the path part of m_sTexte
 };
