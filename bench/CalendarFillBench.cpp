@@ -66,28 +66,3 @@ BENCHMARK(BM_CalendarFill)->Arg(2500)->Unit(benchmark::kMillisecond)->Repetition
     "calendar_fill_2500_vs_parse", "BM_CalendarFill/2500", "BM_CalendarParse/2500");
 
 } // namespace
-namespace {
-class CVide final : public CCDinoGglBase {
-public:
-    static CVide* s_pclCreeObjet(CCtxInfo*, CXError*) { return new CVide; }
-    ITypeDescription* vpiGetTypeReel() override { return nullptr; }
-    void* vpGetObjetC() override { return this; }
-protected:
-    void _vSetProprieteFromJSON(std::wstring_view, CAny&) override {}
-};
-void BM_CalendarVide(benchmark::State& state) {
-    const std::string& sText = rEventsReply();
-    auto clService = CRef<CHostJSONService>::Adopt(new CHostJSONService());
-    for (auto _ : state) {
-        CRef<IElementJSON> clRoot = s_clParse(*clService, sText);
-        CXError clError;
-        auto* pclVisitor = new CVisitJSONInstancieTableau<CVide>(&clError, nullptr);
-        clRoot->vAccepte(*pclVisitor);
-        state.PauseTiming();
-        delete pclVisitor;
-        clRoot = CRef<IElementJSON>();
-        state.ResumeTiming();
-    }
-}
-BENCHMARK(BM_CalendarVide)->Arg(2500)->Unit(benchmark::kMillisecond)->Repetitions(3);
-}

@@ -1,5 +1,19 @@
 #include "connection/VisiteurJSONSetPropriete.h"
 
+void CVisiteurJSONSetPropriete::CTexte::Ajoute(std::wstring_view sv) {
+    if (!m_bLong && m_n + sv.size() > knCourt) {
+        m_sLong.assign(m_sz, m_n);
+        m_bLong = true;
+    }
+    if (m_bLong) {
+        m_sLong.resize(m_n);
+        m_sLong += sv;
+    } else {
+        sv.copy(m_sz + m_n, sv.size());
+    }
+    m_n += sv.size();
+}
+
 template <class TNoeud> eVISITEJSON CVisiteurJSONSetPropriete::_eDescend(TNoeud& clNoeud) {
     // The member becomes part of the path, and is its tail again afterwards.
     const size_t nAvant = m_nChemin;
@@ -12,8 +26,8 @@ template <class TNoeud> eVISITEJSON CVisiteurJSONSetPropriete::_eDescend(TNoeud&
 
 eVISITEJSON CVisiteurJSONSetPropriete::veVisiteMembre(const CNomStandard& clNom, IElementJSON&) {
     m_sTexte.resize(m_nChemin);
-    if (m_nChemin) m_sTexte += L'.';
-    m_sTexte += clNom.sv();
+    if (m_nChemin) m_sTexte.Ajoute(L".");
+    m_sTexte.Ajoute(clNom.sv());
     return VISITE_DESCEND;
 }
 

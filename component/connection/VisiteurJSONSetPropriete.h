@@ -30,6 +30,22 @@ private:
     // as it stands: no text is made per leaf.
     std::wstring_view _svCheminMembre() const { return m_sTexte; }
 
-    std::wstring m_sTexte;
+    // Held inside the object up to knCourt characters, the usual depth of a reply, so that
+    // the many small objects of a list make no allocation for their walk.
+    class CTexte {
+    public:
+        static constexpr size_t knCourt = 40;
+        size_t size() const { return m_n; }
+        void resize(size_t n) { m_n = n; } // shorter only
+        void Ajoute(std::wstring_view sv);
+        operator std::wstring_view() const { return {m_bLong ? m_sLong.data() : m_sz, m_n}; }
+
+    private:
+        wchar_t m_sz[knCourt];
+        std::wstring m_sLong;
+        size_t m_n = 0;
+        bool m_bLong = false;
+    };
+    CTexte m_sTexte;
     size_t m_nChemin = 0; // the length of the path part of m_sTexte
 };
