@@ -11,17 +11,33 @@
 #include "JsonValue.h"
 #include "Request.h"
 #include "Response.h"
+#include "Text.h"
 #include "TokenStore.h"
 
 namespace {
-const char s_szList[] = "/calendar/v3/users/me/calendarList";
-
 // Any of these opens the calendar list.
 const std::initializer_list<std::string_view> s_tabListScopes = {
     "https://www.googleapis.com/auth/calendar",
     "https://www.googleapis.com/auth/calendar.readonly",
     "https://www.googleapis.com/auth/calendar.calendarlist",
     "https://www.googleapis.com/auth/calendar.calendarlist.readonly",
+};
+const std::initializer_list<std::string_view> s_tabEventReadScopes = {
+    "https://www.googleapis.com/auth/calendar",
+    "https://www.googleapis.com/auth/calendar.readonly",
+    "https://www.googleapis.com/auth/calendar.events",
+    "https://www.googleapis.com/auth/calendar.events.readonly",
+};
+const std::initializer_list<std::string_view> s_tabEventWriteScopes = {
+    "https://www.googleapis.com/auth/calendar",
+    "https://www.googleapis.com/auth/calendar.events",
+};
+const std::initializer_list<std::string_view> s_tabCalendarReadScopes = {
+    "https://www.googleapis.com/auth/calendar",
+    "https://www.googleapis.com/auth/calendar.readonly",
+};
+const std::initializer_list<std::string_view> s_tabCalendarScopes = {
+    "https://www.googleapis.com/auth/calendar",
 };
 
 // The access roles from least to most; minAccessRole keeps the entries at or above one.
@@ -75,33 +91,173 @@ std::unique_ptr<IService> CGoogleCalendar::s_pCreate(CEmulator& emulator) {
 }
 
 void CGoogleCalendar::vReset() {
+    std::lock_guard lock(m_mtx);
     m_tabCalendars = m_Emulator.Seed().Calendars();
+    m_Events.Reset(m_Emulator.Seed().Document());
 }
 
 void CGoogleCalendar::vHandle(const STRequest& req, STResponse& res) {
-    std::string_view svPath = req.sPath;
-    bool bList = svPath == s_szList;
-    std::string_view svId;
-    if (!bList && svPath.starts_with(std::string(s_szList) + "/")) {
-        svId = svPath.substr(sizeof(s_szList));
-        if (svId.empty() || svId.find('/') != std::string_view::npos)
-            return CGoogleApis::s_WriteNotFound(res);
-    } else if (!bList) {
-        return CGoogleApis::s_WriteNotFound(res);
+    std::lock_guard lock(m_mtx);
+    // The path's segments after /calendar/v3/, each decoded on its own so that an encoded
+    // "/" stays inside its id; in a path '+' is itself, not a space as in a query.
+    std::vector<std::string> tabSegments;
+    std::string_view svRest = std::string_view(req.sPath).substr(std::string_view(ms_pszPrefix).size());
+    while (true) {
+        size_t n = svRest.find('/');
+        std::string sRaw;
+        for (char c : svRest.substr(0, n))
+            sRaw += c == '+' ? std::string("%2B") : std::string(1, c);
+        tabSegments.push_back(CForm::s_oDecode(sRaw, CForm::eLenient).value_or(sRaw));
+        if (n == std::string_view::npos)
+            break;
+        svRest.remove_prefix(n + 1);
     }
-    // Only reading is emulated so far; another method finds nothing at that address.
-    if (req.sMethod != "GET" && req.sMethod != "HEAD")
+    const size_t nSeg = tabSegments.size();
+    auto Segment = [&](size_t i) { return i < nSeg ? std::string_view(tabSegments[i]) : std::string_view(); };
+    const bool bRead = req.sMethod == "GET" || req.sMethod == "HEAD";
+
+    if (nSeg >= 3 && nSeg <= 4 && Segment(0) == "users" && Segment(1) == "me" &&
+        Segment(2) == "calendarList") {
+        if (!bRead || (nSeg == 4 && Segment(3).empty()))
+            return CGoogleApis::s_WriteNotFound(res);
+        STGrant g;
+        if (!CGoogleAccounts::s_bAuthorise(m_Emulator, req, res, s_tabListScopes, &g))
+            return;
+        return nSeg == 3 ? ListEntries(req, g, res) : GetEntry(Segment(3), g, res);
+    }
+    if (Segment(0) != "calendars" || nSeg > 4 || (nSeg >= 3 && Segment(2) != "events"))
         return CGoogleApis::s_WriteNotFound(res);
+
+    // Reading needs one of the read scopes, writing events the events scope, writing
+    // calendars the full one.
     STGrant g;
-    if (!CGoogleAccounts::s_bAuthorise(m_Emulator, req, res, s_tabListScopes, &g))
+    const bool bEvents = nSeg >= 3;
+    if (bRead && bEvents) {
+        if (!CGoogleAccounts::s_bAuthorise(m_Emulator, req, res, s_tabEventReadScopes, &g))
+            return;
+    } else if (bEvents) {
+        if (!CGoogleAccounts::s_bAuthorise(m_Emulator, req, res, s_tabEventWriteScopes, &g))
+            return;
+    } else if (!CGoogleAccounts::s_bAuthorise(m_Emulator, req, res,
+                                              bRead ? s_tabCalendarReadScopes : s_tabCalendarScopes,
+                                              &g)) {
         return;
-    if (bList)
-        return ListEntries(req, g, res);
-    // In a path '+' is itself, not a space as in a query.
-    std::string sId;
-    for (char c : svId)
-        sId += c == '+' ? std::string("%2B") : std::string(1, c);
-    GetEntry(CForm::s_oDecode(sId, CForm::eLenient).value_or(sId), g, res);
+    }
+    if (!bEvents)
+        return Calendars(req, nSeg == 2 ? Segment(1) : std::string_view(), g, res);
+    STSeedCalendar* pCal = pEntry(Segment(1), g);
+    if (!pCal || s_nRoleRank(pCal->sAccessRole) < s_nRoleRank("reader"))
+        return CGoogleApis::s_WriteNotFound(res);
+    Events(req, *pCal, nSeg == 4 ? Segment(3) : std::string_view(), g, res);
+}
+
+STSeedCalendar* CGoogleCalendar::pEntry(std::string_view svId, const STGrant& g) {
+    for (STSeedCalendar& c : m_tabCalendars)
+        if (c.sUser == g.sEmail && (c.sId == svId || (c.bPrimary && svId == "primary")))
+            return &c;
+    return nullptr;
+}
+
+void CGoogleCalendar::Calendars(const STRequest& req, std::string_view svId, const STGrant& g,
+                                STResponse& res) {
+    const bool bInsert = req.sMethod == "POST" && svId.empty();
+    if (svId.empty() && !bInsert)
+        return CGoogleApis::s_WriteNotFound(res);
+    STSeedCalendar* pCal = bInsert ? nullptr : pEntry(svId, g);
+    if (!bInsert && !pCal)
+        return CGoogleApis::s_WriteNotFound(res);
+    if (req.sMethod == "GET" || req.sMethod == "HEAD")
+        return res.SetJson(200, s_Calendar(*pCal));
+
+    std::optional<CJsonValue> oBody;
+    if (req.sMethod != "DELETE") {
+        std::string sError;
+        oBody = CCalendarEvents::s_oParseLenient(req.sBody, &sError);
+        if (!oBody || !oBody->bIsObject())
+            return CGoogleAccounts::s_WriteError(res, 400, "INVALID_ARGUMENT", "Parse Error",
+                                                 "parseError", {});
+    }
+    if (pCal && pCal->sAccessRole != "owner")
+        return CGoogleAccounts::s_WriteError(res, 403, "PERMISSION_DENIED", "Forbidden",
+                                             "forbidden", {});
+    if (req.sMethod == "DELETE") {
+        if (pCal->bPrimary)
+            return CGoogleAccounts::s_WriteError(res, 400, "INVALID_ARGUMENT",
+                                                 "Cannot delete primary calendar.",
+                                                 "cannotDeletePrimaryCalendar", {});
+        const std::string sId = pCal->sId;
+        std::erase_if(m_tabCalendars, [&](const STSeedCalendar& c) { return c.sId == sId; });
+        m_Events.DropCalendar(sId);
+        return res.SetBody(204, "", "");
+    }
+    if (req.sMethod != "POST" && req.sMethod != "PATCH")
+        return CGoogleApis::s_WriteNotFound(res);
+
+    // The members a client writes; an empty text leaves the time zone as it was, as an
+    // empty id asks for a new one.
+    STSeedCalendar c = bInsert ? STSeedCalendar() : *pCal;
+    const CJsonValue* pSummary = oBody->pFind("summary");
+    if (pSummary && pSummary->bIsString())
+        c.sSummary = pSummary->sGetString();
+    if (const CJsonValue* p = oBody->pFind("description"); p && (p->bIsString() || p->bIsNull()))
+        c.sDescription = p->bIsString() ? p->sGetString() : "";
+    if (const CJsonValue* p = oBody->pFind("timeZone"); p && p->bIsString() && !p->sGetString().empty())
+        c.sTimeZone = p->sGetString();
+    if (c.sSummary.empty())
+        return CGoogleAccounts::s_WriteError(res, 400, "INVALID_ARGUMENT", "Missing title.",
+                                             "required", {});
+    if (bInsert) {
+        c.sUser = g.sEmail;
+        c.sId = CText::s_sLower(CText::s_sRandomToken(26));
+        std::replace_if(c.sId.begin(), c.sId.end(), [](char ch) { return ch == '_' || ch == '-'; }, '0');
+        c.sId += "@group.calendar.google.com";
+        if (c.sTimeZone.empty())
+            c.sTimeZone = "UTC";
+        c.sAccessRole = "owner";
+        c.sColorId = "14";
+        c.sBackgroundColor = "#9fe1e7";
+        c.sForegroundColor = "#000000";
+        m_tabCalendars.push_back(c);
+    } else {
+        // Every list that holds the calendar shows the change.
+        for (STSeedCalendar& other : m_tabCalendars)
+            if (other.sId == c.sId)
+                other.sSummary = c.sSummary, other.sDescription = c.sDescription,
+                other.sTimeZone = c.sTimeZone;
+    }
+    res.SetJson(200, s_Calendar(c));
+}
+
+void CGoogleCalendar::Events(const STRequest& req, const STSeedCalendar& c, std::string_view svEvent,
+                             const STGrant& g, STResponse& res) {
+    STCalendarInfo info{c.sId, c.sSummary, c.sTimeZone, c.sAccessRole, g.sEmail};
+    const bool bRead = req.sMethod == "GET" || req.sMethod == "HEAD";
+    if (bRead && svEvent.empty()) {
+        CForm query = CForm::s_oParse(req.sQuery, CForm::eLenient, nullptr).value_or(CForm());
+        return m_Events.List(info, query, res);
+    }
+    if (bRead)
+        return m_Events.Get(c.sId, svEvent, res);
+    const bool bInsert = req.sMethod == "POST" && svEvent.empty();
+    const bool bPatch = req.sMethod == "PATCH" && !svEvent.empty();
+    const bool bDelete = req.sMethod == "DELETE" && !svEvent.empty();
+    if (!bInsert && !bPatch && !bDelete)
+        return CGoogleApis::s_WriteNotFound(res);
+    if (s_nRoleRank(c.sAccessRole) < s_nRoleRank("writer"))
+        return CGoogleAccounts::s_WriteError(res, 403, "PERMISSION_DENIED",
+                                             "You need to have writer access to this calendar.",
+                                             "requiredAccessLevel", {});
+    if (bDelete)
+        return m_Events.Delete(c.sId, svEvent, res);
+    std::string sError;
+    std::optional<CJsonValue> oBody = CCalendarEvents::s_oParseLenient(req.sBody, &sError);
+    if (!oBody || !oBody->bIsObject())
+        return CGoogleAccounts::s_WriteError(res, 400, "INVALID_ARGUMENT", "Parse Error",
+                                             "parseError", {});
+    if (bInsert)
+        m_Events.Insert(info, *oBody, res);
+    else
+        m_Events.Patch(info, svEvent, *oBody, res);
 }
 
 void CGoogleCalendar::ListEntries(const STRequest& req, const STGrant& g, STResponse& res) const {
@@ -156,11 +312,27 @@ void CGoogleCalendar::ListEntries(const STRequest& req, const STGrant& g, STResp
     res.SetJson(200, list);
 }
 
-void CGoogleCalendar::GetEntry(std::string_view svId, const STGrant& g, STResponse& res) const {
-    for (const STSeedCalendar& c : m_tabCalendars)
-        if (c.sUser == g.sEmail && (c.sId == svId || (c.bPrimary && svId == "primary")))
-            return res.SetJson(200, s_Entry(c));
+void CGoogleCalendar::GetEntry(std::string_view svId, const STGrant& g, STResponse& res) {
+    if (const STSeedCalendar* p = pEntry(svId, g))
+        return res.SetJson(200, s_Entry(*p));
     CGoogleApis::s_WriteNotFound(res);
+}
+
+CJsonValue CGoogleCalendar::s_Calendar(const STSeedCalendar& c) {
+    CJsonValue v = CJsonValue::s_Object();
+    v.Set("kind", CJsonValue::s_String("calendar#calendar"));
+    v.Set("etag", CJsonValue());
+    v.Set("id", CJsonValue::s_String(c.sId));
+    v.Set("summary", CJsonValue::s_String(c.sSummary));
+    if (!c.sDescription.empty())
+        v.Set("description", CJsonValue::s_String(c.sDescription));
+    v.Set("timeZone", CJsonValue::s_String(c.sTimeZone));
+    CJsonValue conference = CJsonValue::s_Object();
+    conference.Set("allowedConferenceSolutionTypes",
+                   CJsonValue::s_Array().Push(CJsonValue::s_String("hangoutsMeet")));
+    v.Set("conferenceProperties", std::move(conference));
+    v.Set("etag", CJsonValue::s_String(CGoogleApis::s_sEtag(v.sSerialize())));
+    return v;
 }
 
 CJsonValue CGoogleCalendar::s_Entry(const STSeedCalendar& c) {

@@ -1,13 +1,17 @@
-// CGoogleCalendar: version 3 of the Calendar API, www.googleapis.com/calendar/v3/. For now the
-// user's calendar list, read only: GET users/me/calendarList (with maxResults, pageToken,
-// minAccessRole, showHidden) and GET users/me/calendarList/ID, for a bearer token of
-// accounts.google.com holding a calendar scope. Each user has the calendars of the seed.
+// CGoogleCalendar: version 3 of the Calendar API, www.googleapis.com/calendar/v3/, for a bearer
+// token of accounts.google.com holding a calendar scope that allows the call. The user's
+// calendar list: GET users/me/calendarList (with maxResults, pageToken, minAccessRole,
+// showHidden) and GET users/me/calendarList/ID. Calendars: POST calendars, GET, PATCH and
+// DELETE calendars/ID, the list following. Events: calendars/ID/events and
+// calendars/ID/events/EVENT, told in CalendarEvents.h. Each user has the calendars of the seed.
 #pragma once
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "CalendarEvents.h"
 #include "Seed.h"
 #include "Service.h"
 
@@ -31,10 +35,17 @@ public:
 
 private:
     void ListEntries(const STRequest& req, const STGrant& g, STResponse& res) const;
-    void GetEntry(std::string_view svId, const STGrant& g, STResponse& res) const;
+    void GetEntry(std::string_view svId, const STGrant& g, STResponse& res);
     static CJsonValue s_Entry(const STSeedCalendar& c);
+    static CJsonValue s_Calendar(const STSeedCalendar& c);
+    // The user's entry for a calendar id ("primary" naming the user's own), or null.
+    STSeedCalendar* pEntry(std::string_view svId, const STGrant& g);
+    void Calendars(const STRequest& req, std::string_view svId, const STGrant& g, STResponse& res);
+    void Events(const STRequest& req, const STSeedCalendar& c, std::string_view svEvent,
+                const STGrant& g, STResponse& res);
 
     CEmulator& m_Emulator;
-    // Filled by vReset only, which never overlaps a request: the handlers read it unlocked.
+    std::mutex m_mtx; // the handlers run on several server threads
     std::vector<STSeedCalendar> m_tabCalendars;
+    CCalendarEvents m_Events;
 };

@@ -17,7 +17,10 @@
 #include <cstdint>
 
 class CCtxInfo;
+class CDateTime;
+class CGoogleAgenda;
 class CKLANYArray;
+class IKLTableau;
 class CXError;
 class CXmlObjectMulti;
 class IDocumentXML;
@@ -94,6 +97,39 @@ public:
         return GglRequete(pclCtx, pclErreur, nBit, pszURL, pszCorps, knGglRequeteGET);
     }
     static constexpr int knGglRequeteGET = 1;
+
+    // ---- calendar (calendar/F_Agenda.cpp)
+    // The user's calendars, at most 250; nOption 1 keeps those the user owns.
+    IKLTableau* GglListeAgenda(CCtxInfo* pclCtx, CXError* pclErreur, int nOption);
+    IKLTableau* GglListeAgenda(CCtxInfo* pclCtx, CXError* pclErreur) {
+        return GglListeAgenda(pclCtx, pclErreur, 0);
+    }
+    // The calendar of that title or id (case, accents and blanks around not counting; the
+    // first calendar for no name), filled with its events; an empty calendar and 600012 when
+    // none matches. Dates that are not complete count as absent.
+    IObjetBase* GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclErreur, CXYString<wchar_t> sNom,
+                                  CDateTime dtDebut, CDateTime dtFin, CXYString<wchar_t> sTexte);
+    IObjetBase* GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclErreur);
+    IObjetBase* GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclErreur, CXYString<wchar_t> sNom);
+    IObjetBase* GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclErreur, CXYString<wchar_t> sNom,
+                                  CDateTime dtDebut);
+    IObjetBase* GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclErreur, CXYString<wchar_t> sNom,
+                                  CDateTime dtDebut, CDateTime dtFin);
+    // The calendar's events from dtDebut (the present moment when neither bound is given) to
+    // dtFin, matching pszTexte, at most 2500; they replace those it had.
+    bool GglRemplitAgenda(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda,
+                          CDateTime dtDebut, CDateTime dtFin, const wchar_t* pszTexte);
+    bool GglRemplitAgenda(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda);
+    bool GglRemplitAgenda(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda,
+                          CDateTime dtDebut);
+    bool GglRemplitAgenda(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda,
+                          CDateTime dtDebut, CDateTime dtFin);
+    // The same with the script's own query text, sent as it stands.
+    bool GglRemplitAgendaParRequete(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda,
+                                    const wchar_t* pszRequete);
+    // Sends what the calendar's and its events' marks call for / deletes the calendar.
+    bool GglEcrit(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda);
+    bool GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda);
 
     // ---- for the services
     // The first step of every service call: a token is there, or a login brings one.

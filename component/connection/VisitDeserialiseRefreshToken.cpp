@@ -4,10 +4,9 @@
 
 #include "Any.h"
 
-void CVisitDeserialiseRefreshToken::_vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin,
-                                                           CAny& clValeur) {
+void CVisitDeserialiseRefreshToken::_vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) {
     for (const STIdServiceGoogle& st : CGoogleConnexion::s_stTabIdServices) {
-        if (sChemin.sv() != st.pszCle) continue;
+        if (svChemin != st.pszCle) continue;
         if (st.eService == SERVICEGOOGLE_AUCUN || !m_ptabToken) return;
         const auto nIndice = static_cast<size_t>(st.eService);
         while (m_ptabToken->nGetNbElement() <= nIndice) m_ptabToken->Ajoute(COAuthToken());

@@ -14,7 +14,7 @@ public:
 protected:
     // A path equal to a service key (not "none") sets that service's refresh token: the text of
     // a string value, empty for any other value. The access token is left as it is.
-    void _vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) override;
+    void _vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) override;
 
 private:
     CXArray<COAuthToken>* m_ptabToken;

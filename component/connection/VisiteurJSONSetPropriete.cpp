@@ -1,37 +1,38 @@
 #include "connection/VisiteurJSONSetPropriete.h"
 
-#include <string>
-#include <utility>
-
-CXYString<wchar_t> CVisiteurJSONSetPropriete::_sCheminMembre() const {
-    if (m_sChemin.bVide()) return m_sMembre;
-    std::wstring s(m_sChemin.sv());
-    s += L'.';
-    s += m_sMembre.sv();
-    return CXYString<wchar_t>(std::wstring_view(s));
+void CVisiteurJSONSetPropriete::CTexte::Ajoute(std::wstring_view sv) {
+    if (!m_bLong && m_n + sv.size() > knCourt) {
+        m_sLong.assign(m_sz, m_n);
+        m_bLong = true;
+    }
+    if (m_bLong) {
+        m_sLong.resize(m_n);
+        m_sLong += sv;
+    } else {
+        sv.copy(m_sz + m_n, sv.size());
+    }
+    m_n += sv.size();
 }
 
 template <class TNoeud> eVISITEJSON CVisiteurJSONSetPropriete::_eDescend(TNoeud& clNoeud) {
-    CXYString<wchar_t> sCheminAvant = m_sChemin;
-    CXYString<wchar_t> sMembreAvant = m_sMembre;
-    std::wstring s(m_sChemin.sv());
-    if (!s.empty()) s += L'.';
-    s += m_sMembre.sv();
-    m_sChemin = CXYString<wchar_t>(std::wstring_view(s));
-    m_sMembre.Vide();
+    // The member becomes part of the path, and is its tail again afterwards.
+    const size_t nAvant = m_nChemin;
+    m_nChemin = m_sTexte.size();
     clNoeud.vAccepte(*this);
-    m_sChemin = std::move(sCheminAvant);
-    m_sMembre = std::move(sMembreAvant);
+    m_sTexte.resize(m_nChemin);
+    m_nChemin = nAvant;
     return VISITE_SUIVANT;
 }
 
 eVISITEJSON CVisiteurJSONSetPropriete::veVisiteMembre(const CNomStandard& clNom, IElementJSON&) {
-    m_sMembre = CXYString<wchar_t>(clNom.sv());
+    m_sTexte.resize(m_nChemin);
+    if (m_nChemin) m_sTexte.Ajoute(L".");
+    m_sTexte.Ajoute(clNom.sv());
     return VISITE_DESCEND;
 }
 
 eVISITEJSON CVisiteurJSONSetPropriete::veVisiteValeur(CAny& clValeur) {
-    _vSetProprieteFromJSON(_sCheminMembre(), clValeur);
+    _vSetProprieteFromJSON(_svCheminMembre(), clValeur);
     return VISITE_SUIVANT;
 }
 
@@ -41,11 +42,12 @@ eVISITEJSON CVisiteurJSONSetPropriete::veVisiteObjet(IObjetJSON& clObjet) {
     return _eDescend(clObjet);
 }
 
+// An element has no member of its own: its path is the array's.
 eVISITEJSON CVisiteurJSONSetPropriete::veVisiteElement(IElementJSON& clElement) {
     return _eDescend(clElement);
 }
 
 eVISITEJSON CVisiteurJSONSetPropriete::veVisiteTableau(ITableauJSON& clTableau) {
-    _vSetTableauFromJSON(_sCheminMembre(), clTableau);
+    _vSetTableauFromJSON(_svCheminMembre(), clTableau);
     return VISITE_SUIVANT;
 }

@@ -3,7 +3,9 @@
 // whole; a subclass that wants their elements walks them itself.
 #pragma once
 #include "JSONService.h"
-#include "XYString.h"
+
+#include <string>
+#include <string_view>
 
 class CVisiteurJSONSetPropriete : public IVisiteurJSON {
 public:
@@ -16,18 +18,34 @@ public:
     eVISITEJSON veVisiteElement(IElementJSON& clElement) override;
 
 protected:
-    // A leaf at sChemin.
-    virtual void _vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) = 0;
-    // An array at sChemin; ignored unless a subclass wants it.
-    virtual void _vSetTableauFromJSON(const CXYString<wchar_t>& /*sChemin*/,
-                                      ITableauJSON& /*clTableau*/) {}
+    // A leaf at svChemin; the text is the walk's and lasts for the call only.
+    virtual void _vSetProprieteFromJSON(std::wstring_view svChemin, CAny& clValeur) = 0;
+    // An array at svChemin; ignored unless a subclass wants it.
+    virtual void _vSetTableauFromJSON(std::wstring_view /*svChemin*/, ITableauJSON& /*clTableau*/) {}
 
 private:
-    // The path of the member now visited: the member alone at the top, "path.member" below.
-    CXYString<wchar_t> _sCheminMembre() const;
     // Descends with the member appended to the path; path and member as they were after.
     template <class TNoeud> eVISITEJSON _eDescend(TNoeud& clNoeud);
+    // The path and the member now visited, "path.member", in one text that every leaf reads
+    // as it stands: no text is made per leaf.
+    std::wstring_view _svCheminMembre() const { return m_sTexte; }
 
-    CXYString<wchar_t> m_sChemin;
-    CXYString<wchar_t> m_sMembre;
+    // Held inside the object up to knCourt characters, the usual depth of a reply, so that
+    // the many small objects of a list make no allocation for their walk.
+    class CTexte {
+    public:
+        static constexpr size_t knCourt = 40;
+        size_t size() const { return m_n; }
+        void resize(size_t n) { m_n = n; } // shorter only
+        void Ajoute(std::wstring_view sv);
+        operator std::wstring_view() const { return {m_bLong ? m_sLong.data() : m_sz, m_n}; }
+
+    private:
+        wchar_t m_sz[knCourt];
+        std::wstring m_sLong;
+        size_t m_n = 0;
+        bool m_bLong = false;
+    };
+    CTexte m_sTexte;
+    size_t m_nChemin = 0; // the length of the path part of m_sTexte
 };

@@ -1,7 +1,8 @@
 // CTEnumerateurDinoGgl: the script's collection over a list of JSON-backed objects that its
 // owner keeps. The owner's array holds every element, those marked for deletion included, so
 // that the commit finds them; the collection's view holds the others, in the same order. Every
-// change through the collection is made to both.
+// change through the collection is made to both; a removal only marks the element, which the
+// owner keeps until its commit has sent the deletion.
 //
 // TElement: a counted script object with an eEtatObjet m_eEtatObjet, a static ms_piType, and
 // s_pclCreeObjet(CCtxInfo*, CXError*). TOwner: counted. TArray: CXArray<TElement*>, owning one
@@ -69,11 +70,11 @@ public:
     }
     eRESULTATOBJET veSupprimeElementCollection(int i, CCtxInfo*, CXError* pclErreur) override {
         if (!bIndiceValide(i, nNbVue(), pclErreur)) return RESULTAT_OBJET_ERREUR;
+        // The owner keeps it, marked, so that the next commit sends its deletion.
         TElement* pcl = m_tabVue[static_cast<size_t>(i)];
-        m_ptabComplet->bSupprime(nPositionComplete(pcl));
+        pcl->m_eEtatObjet = ETAT_A_SUPPRIMER;
         m_tabVue.bSupprime(static_cast<size_t>(i));
-        pcl->vRelease(); // the owner's reference
-        pcl->vRelease(); // the view's
+        pcl->vRelease(); // the view's reference
         return RESULTAT_OBJET_OK;
     }
     eRESULTATOBJET veSupprimeToutElementCollection(CCtxInfo* pclCtx, CXError* pclErreur) override {

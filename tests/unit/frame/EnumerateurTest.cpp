@@ -137,22 +137,25 @@ TEST_F(Enumerateur, SuppressionEchangeDeplacement) {
     pclB->vAddRef();
     EXPECT_EQ(m_pclCollection->veSupprimeElementCollection(1, nullptr, &m_clErreur),
               RESULTAT_OBJET_OK);
-    EXPECT_EQ(pclB->nGetRef(), 1) << "both arrays gave their reference back";
+    EXPECT_EQ(pclB->nGetRef(), 2) << "the view gave its reference back, the owner keeps its";
+    EXPECT_EQ(pclB->m_eEtatObjet, ETAT_A_SUPPRIMER) << "marked for the next commit";
     pclB->vRelease();
-    EXPECT_EQ(m_pclOwner->Lettres(), "axc");
+    EXPECT_EQ(m_pclOwner->Lettres(), "axbc");
+    EXPECT_EQ(Vue(*m_pclCollection), "ac");
 
     m_pclOwner->Ajoute('d', ETAT_SYNCHRONISE);
     CCollection clVue2(m_pclOwner, &m_pclOwner->m_tab);
     EXPECT_EQ(clVue2.veEchangeElementCollection(0, 2, nullptr, &m_clErreur), RESULTAT_OBJET_OK);
     EXPECT_EQ(Vue(clVue2), "dca");
-    EXPECT_EQ(m_pclOwner->Lettres(), "dxca");
+    EXPECT_EQ(m_pclOwner->Lettres(), "dxbca");
     EXPECT_EQ(clVue2.veDeplaceElementCollection(0, 2, nullptr, &m_clErreur), RESULTAT_OBJET_OK);
     EXPECT_EQ(Vue(clVue2), "cad");
-    EXPECT_EQ(m_pclOwner->Lettres(), "xcad");
+    EXPECT_EQ(m_pclOwner->Lettres(), "xbcad");
     EXPECT_EQ(clVue2.veDeplaceElementCollection(2, 0, nullptr, &m_clErreur), RESULTAT_OBJET_OK);
-    EXPECT_EQ(m_pclOwner->Lettres(), "xdca");
+    EXPECT_EQ(m_pclOwner->Lettres(), "xbdca");
     EXPECT_EQ(clVue2.veSupprimeToutElementCollection(nullptr, &m_clErreur), RESULTAT_OBJET_OK);
-    EXPECT_EQ(m_pclOwner->Lettres(), "x") << "the element being deleted stays for the commit";
+    EXPECT_EQ(Vue(clVue2), "");
+    EXPECT_EQ(m_pclOwner->Lettres(), "xbdca") << "every element stays for the commit";
 }
 
 } // namespace
