@@ -51,9 +51,11 @@ CXError* s_pclErreur(CXError* pclErreur, CXError& clLocale) {
     return pclErreur ? pclErreur : &clLocale;
 }
 
-// The value URL-encoded by the host, "&" included: the host keeps it, and a value must not
-// cut the query. An empty value stays empty.
-bool s_bEncode(IVM* piVM, CXError* pclErreur, std::wstring_view svValeur, std::wstring& sOut) {
+// The text URL-encoded by the host. The host keeps "&": a value encodes it too, so as not to
+// cut the query; a text of whole parameters (bParametres) keeps it as their separator. An
+// empty text stays empty.
+bool s_bEncode(IVM* piVM, CXError* pclErreur, std::wstring_view svValeur, std::wstring& sOut,
+               bool bParametres = false) {
     sOut.clear();
     if (svValeur.empty())
         return true;
@@ -61,7 +63,7 @@ bool s_bEncode(IVM* piVM, CXError* pclErreur, std::wstring_view svValeur, std::w
     if (!FctEntonnoir::bUrlEncode(piVM, pclErreur, CXYString<wchar_t>(svValeur), &sEncode))
         return false;
     for (wchar_t c : sEncode.sv()) {
-        if (c == L'&')
+        if (c == L'&' && !bParametres)
             sOut += L"%26";
         else
             sOut += c;
@@ -152,7 +154,7 @@ CKLMemoImage s_clCarte(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx, CXError*
     sURL += L"&maptype=roadmap";
     if (st.pclParametres) {
         std::wstring s;
-        if (!s_bEncode(piVM, pclErreur, static_cast<const wchar_t*>(*st.pclParametres), s))
+        if (!s_bEncode(piVM, pclErreur, static_cast<const wchar_t*>(*st.pclParametres), s, true))
             return {};
         if (!s.empty())
             sURL += L"&" + s;

@@ -16,11 +16,20 @@
 //                                        host serves both) with the texts as `...`; its results
 //                                        as texts, or its error raised here
 //   kvggl_wire.dir                       this folder, for the scripts' companions
+//   kvggl_wire.image(bytes)              "png", "gif" or "jpeg", width and height, as libgd
+//                                        reads the bytes; nil for bytes it cannot read
+//   kvggl_wire.pixel(bytes, x, y)        the colour 0xRRGGBB of that pixel
+//   kvggl_wire.project(lat, lng, zoom, w, h, at_lat, at_lng)
+//                                        where a point falls on a Web Mercator map of that
+//                                        centre, zoom and size in pixels
 // After a script, the component must be gone from the process, as in tests/lua.
 #include "EmulatorHarness.h"
 #include "HttpProbe.h"
 #include "JsonValue.h"
 #include "LuaModule.h"
+#include "MapImage.h"
+
+#include <gd.h>
 
 #include <lua.hpp>
 
@@ -30,6 +39,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdlib>
 #include <dirent.h>
 #include <dlfcn.h>
@@ -196,6 +206,76 @@ int s_nHarnessIndex(lua_State* L) {
     return 1;
 }
 
+// The image of the bytes, by their signature; null for bytes libgd cannot read.
+struct STGdDeleter {
+    void operator()(gdImage* p) const { gdImageDestroy(p); }
+};
+std::unique_ptr<gdImage, STGdDeleter> s_pImage(std::string_view sv, const char** ppszKind) {
+    void* p = const_cast<char*>(sv.data());
+    const int n = static_cast<int>(sv.size());
+    gdImage* pImage = nullptr;
+    *ppszKind = nullptr;
+    if (sv.starts_with("\x89PNG")) {
+        pImage = gdImageCreateFromPngPtr(n, p);
+        *ppszKind = "png";
+    } else if (sv.starts_with("GIF8")) {
+        pImage = gdImageCreateFromGifPtr(n, p);
+        *ppszKind = "gif";
+    } else if (sv.starts_with("\xff\xd8")) {
+        pImage = gdImageCreateFromJpegPtr(n, p);
+        *ppszKind = "jpeg";
+    }
+    return std::unique_ptr<gdImage, STGdDeleter>(pImage);
+}
+
+int s_nImage(lua_State* L) {
+    size_t n = 0;
+    const char* psz = luaL_checklstring(L, 1, &n);
+    const char* pszKind = nullptr;
+    auto pImage = s_pImage(std::string_view(psz, n), &pszKind);
+    if (!pImage) {
+        lua_pushnil(L);
+        return 1;
+    }
+    lua_pushstring(L, pszKind);
+    lua_pushinteger(L, gdImageSX(pImage.get()));
+    lua_pushinteger(L, gdImageSY(pImage.get()));
+    return 3;
+}
+
+int s_nPixel(lua_State* L) {
+    size_t n = 0;
+    const char* psz = luaL_checklstring(L, 1, &n);
+    const auto x = static_cast<int>(luaL_checkinteger(L, 2));
+    const auto y = static_cast<int>(luaL_checkinteger(L, 3));
+    const char* pszKind = nullptr;
+    bool bOk = false;
+    {
+        auto pImage = s_pImage(std::string_view(psz, n), &pszKind);
+        bOk = pImage && gdImageBoundsSafe(pImage.get(), x, y);
+        if (bOk) {
+            const int c = gdImageGetTrueColorPixel(pImage.get(), x, y);
+            lua_pushinteger(L, gdTrueColorGetRed(c) << 16 | gdTrueColorGetGreen(c) << 8 |
+                                   gdTrueColorGetBlue(c));
+        } else {
+            lua_pushfstring(L, "no pixel (%d, %d) in these bytes", x, y);
+        }
+    }
+    return bOk ? 1 : s_nRaise(L);
+}
+
+int s_nProject(lua_State* L) {
+    double x = 0, y = 0;
+    CMapImage::s_Project({luaL_checknumber(L, 1), luaL_checknumber(L, 2)},
+                         static_cast<int>(luaL_checkinteger(L, 3)), 1,
+                         static_cast<int>(luaL_checkinteger(L, 4)),
+                         static_cast<int>(luaL_checkinteger(L, 5)),
+                         {luaL_checknumber(L, 6), luaL_checknumber(L, 7)}, x, y);
+    lua_pushinteger(L, static_cast<lua_Integer>(std::lround(x)));
+    lua_pushinteger(L, static_cast<lua_Integer>(std::lround(y)));
+    return 2;
+}
+
 int s_nOpenWire(lua_State* L);
 
 lua_State* s_pNewState() {
@@ -279,7 +359,8 @@ int s_nOpenWire(lua_State* L) {
     lua_setfield(L, -2, "dir");
     const luaL_Reg tabFunctions[] = {
         {"port", s_nPort},           {"http", s_nHttp}, {"setenv", s_nSetenv},
-        {"emulators", s_nEmulators}, {"run", s_nRun},   {nullptr, nullptr},
+        {"emulators", s_nEmulators}, {"run", s_nRun},   {"image", s_nImage},
+        {"pixel", s_nPixel},         {"project", s_nProject}, {nullptr, nullptr},
     };
     luaL_setfuncs(L, tabFunctions, 0);
     // decode finds the null marker in the module table, its upvalue.
