@@ -40,11 +40,13 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <exception>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -417,6 +419,42 @@ TEST_P(Exemples, Tournent) {
 }
 INSTANTIATE_TEST_SUITE_P(Wire, Exemples, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "google")),
                          KVLuaTest::sNomTest);
+
+// The maps tour writes its image; opened here, it has the size asked and each marker where its
+// place falls (the colours through the 8-bit palette the tour asks for, hence the margin).
+TEST(Wire, LeTourDesCartesEcritSonImage) {
+    const std::string sFichier = testing::TempDir() + "kvggl-tour-map.png";
+    std::remove(sFichier.c_str());
+    setenv("KVGGL_MAP_FILE", sFichier.c_str(), 1);
+    setenv("KVGGL_GOOGLE_API_KEY", "demo-key", 1);
+    s_Run(std::string(KVGGL_EXAMPLES) + "/maps.lua");
+    unsetenv("KVGGL_MAP_FILE");
+    unsetenv("KVGGL_GOOGLE_API_KEY");
+
+    std::ifstream in(sFichier, std::ios::binary);
+    const std::string sOctets((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const char* pszKind = nullptr;
+    auto pImage = s_pImage(sOctets, &pszKind);
+    ASSERT_TRUE(pImage) << "no image in " << sFichier;
+    EXPECT_STREQ(pszKind, "png");
+    EXPECT_EQ(gdImageSX(pImage.get()), 640);
+    EXPECT_EQ(gdImageSY(pImage.get()), 400);
+    // The seeded places of the two addresses, the centre between them, the zoom of the tour.
+    const STLatLng tabPlaces[] = {{48.8584, 2.2945}, {48.8606, 2.3376}};
+    const uint32_t tabCouleurs[] = {0xFF0000, 0x00FF00};
+    const STLatLng centre{(48.8584 + 48.8606) / 2, (2.2945 + 2.3376) / 2};
+    for (int i = 0; i < 2; ++i) {
+        double x = 0, y = 0;
+        CMapImage::s_Project(centre, 14, 1, 640, 400, tabPlaces[i], x, y);
+        // Beside the letter, inside the disc.
+        const int c = gdImageGetTrueColorPixel(pImage.get(), static_cast<int>(std::lround(x)) - 6,
+                                               static_cast<int>(std::lround(y)));
+        const int tabObtenu[] = {gdTrueColorGetRed(c), gdTrueColorGetGreen(c), gdTrueColorGetBlue(c)};
+        for (int k = 0; k < 3; ++k)
+            EXPECT_NEAR(tabObtenu[k], static_cast<int>(tabCouleurs[i] >> (16 - 8 * k) & 0xFF), 8)
+                << "marker " << i << " channel " << k;
+    }
+}
 
 // The helper itself: a failing script is seen, with the place, and the other state's error
 // comes back as an error of this one.
