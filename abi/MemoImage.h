@@ -1,32 +1,39 @@
-// CKLMemoImage: a script image value as the host hands it to a function: either the encoded
-// bytes in memory (bit 0 of the state set) or the path of an image file.
+// CKLMemoImage: a script image as it crosses the boundary (type code 30): either its bytes in
+// memory (bit 0 of the state word) or the path of the file that holds it. A value of type 30
+// is handed over as the address of one of these, valid for the length of the call; the
+// receiver copies what it keeps.
 #pragma once
 #include "KLBIN.h"
 #include "XYString.h"
 
 #include <cstdint>
+#include <string_view>
 
 class CKLMemoImage {
 public:
-    static constexpr uint32_t knEtatEnMemoire = 1;
+    static constexpr uint32_t knEnMemoire = 1;
 
-    uint32_t nGetEtat() const { return m_nEtat; }
-    // The bytes of an image in memory; empty for a file.
-    const CKLBIN& pclGetBinDataEx() const { return m_clOctets; }
-    // The path of an image file; null for none.
-    const wchar_t* pszGetChemin() const { return m_sChemin.bVide() ? nullptr : m_sChemin.pszGet(); }
+    CKLMemoImage() = default;
+    static CKLMemoImage s_Octets(CKLBIN clOctets) {
+        CKLMemoImage cl;
+        cl.m_dwEtat = knEnMemoire;
+        cl.m_clOctets = std::move(clOctets);
+        return cl;
+    }
+    static CKLMemoImage s_Fichier(std::wstring_view svChemin) {
+        CKLMemoImage cl;
+        cl.m_sChemin = CXYString<wchar_t>(svChemin);
+        return cl;
+    }
 
-    void SetOctets(const CKLBIN& clOctets) {
-        m_clOctets = clOctets;
-        m_nEtat |= knEtatEnMemoire;
-    }
-    void SetChemin(const wchar_t* pszChemin) {
-        m_sChemin = pszChemin;
-        m_nEtat &= ~knEtatEnMemoire;
-    }
+    bool bEnMemoire() const { return (m_dwEtat & knEnMemoire) != 0; }
+    // The bytes of an image in memory; an empty block for an image held in a file.
+    const CKLBIN* pclGetBinDataEx() const { return &m_clOctets; }
+    // The file of an image that is not in memory; "" when it names none.
+    const wchar_t* pszGetChemin() const { return m_sChemin.pszGet(); }
 
 private:
-    uint32_t m_nEtat = 0;
+    uint32_t m_dwEtat = 0;
     CKLBIN m_clOctets;
     CXYString<wchar_t> m_sChemin;
 };

@@ -12,6 +12,7 @@
 #include "frame/ObjetComposante.h"
 
 #include "Arrays.h"
+#include "MemoImage.h"
 #include "XYString.h"
 
 #include <cstdint>
@@ -19,6 +20,8 @@
 class CCtxInfo;
 class CDateTime;
 class CGoogleAgenda;
+class CGoogleParametre;
+class CGooglePoint;
 class CKLANYArray;
 class IKLTableau;
 class CXError;
@@ -130,6 +133,55 @@ public:
     // Sends what the calendar's and its events' marks call for / deletes the calendar.
     bool GglEcrit(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda);
     bool GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda);
+    // ---- static maps (defined in maps/StaticMaps.cpp)
+    // The map image centred on a point or an address, nLargeur x nHauteur pixels, at a zoom,
+    // with the options, markers and path of the parameters; or framed by the markers and path
+    // of the parameters alone. An empty image with the cause in the error when the sizes or
+    // the zoom are out of range, the parameters frame nothing, or the service refuses.
+    CKLMemoImage GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclErreur, CGooglePoint* pclCentre,
+                                  int nLargeur, int nHauteur, int nZoom,
+                                  CGoogleParametre* pclParametres);
+    CKLMemoImage GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclErreur, const wchar_t* pszAdresse,
+                                  int nLargeur, int nHauteur, int nZoom,
+                                  CGoogleParametre* pclParametres);
+    CKLMemoImage GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclErreur, int nLargeur,
+                                  int nHauteur, int nZoom, CGoogleParametre* pclParametres);
+    // Without a zoom, the zoom of a town's streets; without parameters, none.
+    static constexpr int knZoomCarteDefaut = 14;
+    CKLMemoImage GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclErreur, CGooglePoint* pclCentre,
+                                  int nLargeur, int nHauteur, int nZoom) {
+        return GglRecupereCarte(pclCtx, pclErreur, pclCentre, nLargeur, nHauteur, nZoom, nullptr);
+    }
+    CKLMemoImage GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclErreur, CGooglePoint* pclCentre,
+                                  int nLargeur, int nHauteur) {
+        return GglRecupereCarte(pclCtx, pclErreur, pclCentre, nLargeur, nHauteur,
+                                knZoomCarteDefaut);
+    }
+    CKLMemoImage GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclErreur, const wchar_t* pszAdresse,
+                                  int nLargeur, int nHauteur, int nZoom) {
+        return GglRecupereCarte(pclCtx, pclErreur, pszAdresse, nLargeur, nHauteur, nZoom, nullptr);
+    }
+    CKLMemoImage GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclErreur, const wchar_t* pszAdresse,
+                                  int nLargeur, int nHauteur) {
+        return GglRecupereCarte(pclCtx, pclErreur, pszAdresse, nLargeur, nHauteur,
+                                knZoomCarteDefaut);
+    }
+    // Framed by the parameters: no zoom unless one is given.
+    static constexpr int knZoomCarteAucun = -1;
+    CKLMemoImage GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclErreur, int nLargeur,
+                                  int nHauteur, CGoogleParametre* pclParametres) {
+        return GglRecupereCarte(pclCtx, pclErreur, nLargeur, nHauteur, knZoomCarteAucun,
+                                pclParametres);
+    }
+    // The location of the first result for the address, looked for within a region (a
+    // country code such as "fr") when one is given; a new gglCoordonnée, or null with the
+    // cause in the error.
+    IObjetBase* GglAdresseVersCoordonnees(CCtxInfo* pclCtx, CXError* pclErreur,
+                                          const wchar_t* pszAdresse, const wchar_t* pszRegion);
+    IObjetBase* GglAdresseVersCoordonnees(CCtxInfo* pclCtx, CXError* pclErreur,
+                                          const wchar_t* pszAdresse) {
+        return GglAdresseVersCoordonnees(pclCtx, pclErreur, pszAdresse, nullptr);
+    }
 
     // ---- for the services
     // The first step of every service call: a token is there, or a login brings one.

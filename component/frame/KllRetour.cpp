@@ -57,6 +57,9 @@ void KllRetourne(CCtxInfo* pclCtx, unsigned, IObjetBase* piObjet) {
 void KllRetourne(CCtxInfo* pclCtx, unsigned, IKLTableau* piTableau) {
     Retourne(pclCtx, &piTableau, 112);
 }
+void KllRetourne(CCtxInfo* pclCtx, unsigned, const CKLMemoImage& clImage) {
+    Retourne(pclCtx, &clImage, 30);
+}
 void KllRetourne(CCtxInfo* pclCtx, unsigned nType, void* p) {
     Retourne(pclCtx, &p, nType);
 }

@@ -13,6 +13,7 @@ class CAny;
 class CCtxInfo;
 class CDateTime;
 class CKLBIN;
+class CKLMemoImage;
 class IKLTableau;
 class IObjetBase;
 template <class T> class CXYString;
@@ -29,5 +30,6 @@ void KllRetourne(CCtxInfo* pclCtx, unsigned nType, const CKLBIN& bin);          
 void KllRetourne(CCtxInfo* pclCtx, unsigned nType, const CAny& any);             // 31
 void KllRetourne(CCtxInfo* pclCtx, unsigned nType, IObjetBase* piObjet);         // 111
 void KllRetourne(CCtxInfo* pclCtx, unsigned nType, IKLTableau* piTableau);       // 112
-// Any other pointer (an image, 30), under the row's own code.
+void KllRetourne(CCtxInfo* pclCtx, unsigned nType, const CKLMemoImage& clImage); // 30
+// Any other pointer (a carrier, a font), under the row's own code.
 void KllRetourne(CCtxInfo* pclCtx, unsigned nType, void* p);

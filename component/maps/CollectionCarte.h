@@ -7,7 +7,8 @@
 //
 // Refusals answer the host's collection code for a refused operation, with the cause in the
 // error: 600006 for an index out of range (argument 1 or 2), 600004 for an element that is not
-// of the list's class, 600014 for a list already at its maximum.
+// of the list's class, 600014 for a list already at its maximum, which the addition of an
+// element and the two insertions check (the append of a new empty element does not).
 #pragma once
 #include "frame/ModuleInfo.h"
 #include "frame/ObjetComposante.h"
@@ -64,9 +65,10 @@ public:
                                              CCtxInfo*, CXError* pclErreur) override {
         return _eInsere(nGetNbElement(), piElement, pnPosition, pclErreur);
     }
+    // The one route the maximum does not guard: a new empty element appended.
     eRESULTATOBJET veAjouteElementCollectionVide(int* pnPosition, CCtxInfo* pclCtx,
                                                  CXError* pclErreur) override {
-        return _eInsereNeuf(nGetNbElement(), pnPosition, pclCtx, pclErreur);
+        return _eInsereNeuf(nGetNbElement(), pnPosition, pclCtx, pclErreur, false);
     }
     eRESULTATOBJET veAjouteElementCollectionParametre(int*, CCtxInfo*, CXError*) override {
         return RESULTAT_OBJET_NON_SUPPORTE;
@@ -80,7 +82,7 @@ public:
     eRESULTATOBJET veInsereElementCollectionVide(int i, CCtxInfo* pclCtx,
                                                  CXError* pclErreur) override {
         if (!bIndiceValide(i, nGetNbElement() + 1, 1, pclErreur)) return keRefusCollection;
-        return _eInsereNeuf(static_cast<size_t>(i), nullptr, pclCtx, pclErreur);
+        return _eInsereNeuf(static_cast<size_t>(i), nullptr, pclCtx, pclErreur, true);
     }
     eRESULTATOBJET veInsereElementCollectionParametre(int, CCtxInfo*, CXError*) override {
         return RESULTAT_OBJET_NON_SUPPORTE;
@@ -143,8 +145,9 @@ private:
         if (!pcl) return keRefusCollection;
         return _eRange(i, CRef<TElement>::Retain(pcl), pnPosition);
     }
-    eRESULTATOBJET _eInsereNeuf(size_t i, int* pnPosition, CCtxInfo* pclCtx, CXError* pclErreur) {
-        if (bPlein(pclErreur)) return keRefusCollection;
+    eRESULTATOBJET _eInsereNeuf(size_t i, int* pnPosition, CCtxInfo* pclCtx, CXError* pclErreur,
+                                bool bGarde) {
+        if (bGarde && bPlein(pclErreur)) return keRefusCollection;
         auto cl = CRef<TElement>::Retain(TElement::s_pclCreeObjet(pclCtx, pclErreur));
         if (!cl) return keRefusCollection;
         return _eRange(i, std::move(cl), pnPosition);

@@ -30,8 +30,7 @@ void CGoogleChemin::CopieObjet(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleChem
 CGoogleChemin::operator const wchar_t*() {
     if (m_nOpacite > 100) m_nOpacite = 100;
     int64_t nAlpha = int64_t{m_nOpacite} * 255 / 100;
-    if (nAlpha > 255) nAlpha = 255;
-    if (nAlpha < 0) nAlpha = 0; // a negative opacity is no opacity at all
+    if (nAlpha > 255) nAlpha = 255; // only capped: a negative opacity goes out as written
     // The script gives red in the low byte; the query wants it first.
     const auto dw = static_cast<uint32_t>(m_nCouleur);
     const uint32_t dwRVB = ((dw & 0xFF) << 16) | (dw & 0xFF00) | ((dw >> 16) & 0xFF);

@@ -78,13 +78,11 @@ void CGoogleMarqueur::SetTaille(CCtxInfo*, CXError* pclErreur, const wchar_t* ps
 }
 
 void CGoogleMarqueur::SetCouleur(CCtxInfo*, CXError* pclErreur, int nCouleur) {
+    // The colour is kept either way; one without a name leaves none, not the previous one.
     const wchar_t* pszNom = s_pszNomCouleur(nCouleur);
-    if (!pszNom) {
-        if (pclErreur) pclErreur->SetUserError(&gstMyModuleInfo60, 600015);
-        return;
-    }
     m_nCouleur = nCouleur;
     m_sNomCouleur = pszNom;
+    if (!pszNom && pclErreur) pclErreur->SetUserError(&gstMyModuleInfo60, 600015);
 }
 
 const wchar_t* CGoogleMarqueur::pszGetCoordonnees() {

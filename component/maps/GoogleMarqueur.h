@@ -39,8 +39,8 @@ public:
     // 600016 and the size stays.
     void SetTaille(CCtxInfo*, CXError* pclErreur, const wchar_t* pszTaille);
     int GetCouleur(CCtxInfo*, CXError*) const { return m_nCouleur; }
-    // One of the named colours (red in the low byte); anything else is refused with 600015 and
-    // the colour stays.
+    // One of the named colours (red in the low byte); any other is kept with no name (the query
+    // then names none) and reported with 600015.
     void SetCouleur(CCtxInfo*, CXError* pclErreur, int nCouleur);
     char GetLettre(CCtxInfo*, CXError*) const { return m_cLettre; }
     void SetLettre(CCtxInfo*, CXError*, char cLettre) { m_cLettre = cLettre; }

@@ -16,22 +16,21 @@ constexpr const wchar_t* gtabFormat[] = {L"gif", L"jpg", L"jpg-baseline", L"png8
 
 } // namespace
 
-CGoogleParametre::CGoogleParametre()
-    : m_clChemin(CRef<CGoogleChemin>::Retain(new CGoogleChemin)),
-      m_clMarqueurs(CRef<CGestionMarqueurs>::Retain(new CGestionMarqueurs)) {
+CGoogleParametre::CGoogleParametre() {
     m_clZone.SetProprietaire(piGetObjetBase());
     __InitRAZ();
 }
 
 void CGoogleParametre::__InitRAZ() {
     m_sFormat.Vide();
-    m_clChemin->RAZ();
+    // New ones: a path or markers that a script still holds stay as they were, apart.
+    m_clChemin = CRef<CGoogleChemin>::Retain(new CGoogleChemin);
     m_bCadre = 0;
     m_sLangue.Vide();
     m_clZone.RAZ();
     m_sTexte.Vide();
     m_bMobile = 0;
-    m_clMarqueurs->Vide();
+    m_clMarqueurs = CRef<CGestionMarqueurs>::Retain(new CGestionMarqueurs);
     m_nEchelle = 1;
 }
 

@@ -24,8 +24,8 @@ public:
     // The options, the zone, and new copies of the source's path and markers.
     void CopieObjet(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleParametre* pclSource);
     void RAZObjet(CCtxInfo*, CXError*) { RAZ(); }
-    // The defaults: the path and the markers are emptied in place, so that a script that holds
-    // them sees the reset.
+    // The defaults, with a new empty path and new empty markers: those a script still holds
+    // are let go, not emptied.
     void RAZ() { __InitRAZ(); }
 
     // The query parameters, "format=...&hl=...&mobile=true&scale=...&path=...&markers=...",

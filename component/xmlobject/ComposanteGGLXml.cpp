@@ -65,7 +65,7 @@ void MimeDe(CKLMemoImage* pclImage, const CKLBIN& clOctets, CXYString<char>& czM
         return;
     // ".jpg" is only a hint for bytes that do not tell their kind.
     auto clImage = CRef<IImage>::Adopt(
-        pclImage->nGetEtat() & CKLMemoImage::knEtatEnMemoire
+        pclImage->bEnMemoire()
             ? clFabrique->vpiCreeImage(clOctets.pGetDonnees(), clOctets.nGetTaille(), L".jpg", &clErreur)
             : clFabrique->vpiChargeImage(pclImage->pszGetChemin(), &clErreur));
     if (!clImage || !clErreur.bEstPropre())
@@ -130,8 +130,8 @@ int CComposanteGGL::s_bMEMOIMG2BIN(CKLMemoImage* pclImage, CKLBIN& clSortie, CXE
                                    CXYString<char>* pczMime) {
     if (!pclImage)
         return 0;
-    if (pclImage->nGetEtat() & CKLMemoImage::knEtatEnMemoire) {
-        clSortie = pclImage->pclGetBinDataEx();
+    if (pclImage->bEnMemoire()) {
+        clSortie = *pclImage->pclGetBinDataEx();
     } else {
         const wchar_t* pszChemin = pclImage->pszGetChemin();
         if (!pszChemin || !*pszChemin)

@@ -5,6 +5,7 @@
 #include "KLBIN.h"
 #include "KVResult.h"
 #include "ManipAUB.h"
+#include "MemoImage.h"
 #include "Utf8.h"
 #include "XError.h"
 #include "XYString.h"
@@ -22,6 +23,7 @@ struct CArgumentBlock::STSlot {
     CKLBIN clBinaire;
     CAny clAny;
     CXYStringArray<wchar_t> tabChaines;
+    CKLMemoImage clImage;
 
     template <class T> void Pose(const T& x) {
         static_assert(sizeof(T) <= sizeof(abyValeur));
@@ -198,6 +200,28 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
             return false;
         }
         st.Pose(st.clBinaire.pGetBrut());
+        return true;
+    case 30:
+        // An image: its bytes, or the path of its file; nil for no image.
+        if (eKind == CHostValue::KIND_NIL) {
+            st.Pose<void*>(nullptr);
+            return true;
+        }
+        if (eKind != CHostValue::KIND_STRING) {
+            sWhy = "string expected (the image's bytes or its file)";
+            return false;
+        }
+        if (CHostValue::s_bImageBytes(cl.sGetString())) {
+            CKLBIN clOctets;
+            if (!KV_bSucces(clOctets.nAssign(cl.sGetString().data(), cl.sGetString().size()))) {
+                sWhy = "no memory for the image";
+                return false;
+            }
+            st.clImage = CKLMemoImage::s_Octets(std::move(clOctets));
+        } else {
+            st.clImage = CKLMemoImage::s_Fichier(KVUtf8::VersWide(cl.sGetString()));
+        }
+        st.Pose<CKLMemoImage*>(&st.clImage);
         return true;
     case 31: {
         CXError clErreur;

@@ -4,6 +4,7 @@
 #include "HostArray.h"
 #include "KLBIN.h"
 #include "KVResult.h"
+#include "MemoImage.h"
 #include "Ref.h"
 #include "Utf8.h"
 #include "VMErrors.h"
@@ -248,6 +249,8 @@ bool CHostVM::s_bReadValue(const void* pValeur, int nType, CHostValue& clOut) {
         clOut = CHostValue::s_String(std::string(clBin.sv()));
         return true;
     }
+    case 30:
+        return CHostValue::s_bFromImage(*static_cast<const CKLMemoImage*>(pValeur), clOut);
     case 31:
         return CHostValue::s_bFromAny(*static_cast<const CAny*>(pValeur), clOut);
     case 111: {

@@ -2,9 +2,10 @@
 //
 //   bRetourneValeur        the result of an object or method stub, into the CCallContext the
 //                          stub was given; the forms of abi/VM.h: 1, 8, 9, 11, 12, 16, 17, 19,
-//                          26, 28, 31, 111 (the VM takes a reference of its own), 112 (the
-//                          VM takes over the reference given), 122. Any other code (an image)
-//                          is noted as a value the host does not carry.
+//                          26, 28, 30 (an image, read as its bytes), 31, 111 (the VM takes a
+//                          reference of its own), 112 (the VM takes over the reference given),
+//                          122. Any other code (a font) is noted as a value the host does not
+//                          carry.
 //   bRetourneValeurAppel   the same for the free-function call of that number
 //   pclAlloueTableau       a new CHostArray
 //   bEmpileAny, bEmpileDateHeure, bEmpileChaineA, bAppelleFonctionVM

@@ -4,12 +4,15 @@
 #include "HostArray.h"
 #include "KLBIN.h"
 #include "KVResult.h"
+#include "MemoImage.h"
 #include "Utf8.h"
 #include "VMErrors.h"
 #include "XYString.h"
 
 #include <climits>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 
 CHostValue CHostValue::s_Boolean(bool b) {
     CHostValue cl;
@@ -185,8 +188,42 @@ bool CHostValue::s_bFromAny(const CAny& clAny, CHostValue& clOut) {
         return true;
     }
     default:
-        return false; // images, fonts, carriers: nothing a caller of this host can hold
+        return false; // fonts, carriers, images inside a value: nothing a caller of this host can hold
     }
+}
+
+bool CHostValue::s_bFromImage(const CKLMemoImage& clImage, CHostValue& clOut) {
+    if (clImage.bEnMemoire()) {
+        clOut = s_String(std::string(clImage.pclGetBinDataEx()->sv()));
+        return true;
+    }
+    const std::string sChemin = KVUtf8::VersUtf8(clImage.pszGetChemin());
+    if (sChemin.empty()) {
+        clOut = s_String({});
+        return true;
+    }
+    std::ifstream in(sChemin, std::ios::binary);
+    if (!in)
+        return false;
+    std::string s((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    if (in.bad())
+        return false;
+    clOut = s_String(std::move(s));
+    return true;
+}
+
+bool CHostValue::s_bImageBytes(std::string_view sv) {
+    using namespace std::string_view_literals; // the signatures hold NUL bytes
+    static constexpr std::string_view tabSignatures[] = {
+        "\x89PNG\r\n\x1a\n"sv, "\xff\xd8\xff"sv, "GIF87a"sv, "GIF89a"sv, "II*\0"sv, "MM\0*"sv,
+    };
+    for (std::string_view svSignature : tabSignatures)
+        if (sv.starts_with(svSignature))
+            return true;
+    // A BMP's reserved words are zero, which no path holds.
+    if (sv.size() >= 14 && sv.starts_with("BM") && sv.substr(6, 4) == "\0\0\0\0"sv)
+        return true;
+    return sv.size() >= 12 && sv.starts_with("RIFF") && sv.substr(8, 4) == "WEBP";
 }
 
 namespace {

@@ -13,6 +13,7 @@
 #include <vector>
 
 class CAny;
+class CKLMemoImage;
 class CXError;
 
 class CHostValue {
@@ -54,10 +55,17 @@ public:
     // "object", "table" for an array.
     const char* pszKindName() const;
 
-    // The value a CAny holds; false for what the host does not carry (an image, a font...).
+    // The value a CAny holds; false for what the host does not carry (a font, a carrier...).
     // Wide texts become UTF-8, narrow texts and bytes stay as they are, arrays are read
     // element by element.
     static bool s_bFromAny(const CAny& clAny, CHostValue& clOut);
+    // An image as its bytes: those it holds, or those of its file (false when the file cannot
+    // be read); an image with neither is the empty string.
+    static bool s_bFromImage(const CKLMemoImage& clImage, CHostValue& clOut);
+    // How a string stands for an image: bytes that begin as an image of a known kind (PNG,
+    // JPEG, GIF, BMP, TIFF, WebP) are the image itself; any other text is the path of its file.
+    static bool s_bImageBytes(std::string_view sv);
+
     // Into a CAny: texts as wide strings (16), arrays as host arrays of the elements.
     bool bToAny(CAny& clAny, CXError* pclErreur) const;
 

@@ -34,6 +34,8 @@ int CSyntaxChooser::nScore(const STSignatureItem& stItem, const CHostValue& cl,
     case 28:
     case 80:
         return e == K::KIND_STRING ? 2 : -1;
+    case 30:
+        return e == K::KIND_STRING ? 2 : e == K::KIND_NIL ? 1 : -1;
     case 26: {
         CDateTime dt;
         if (e == K::KIND_DATETIME)
@@ -87,6 +89,7 @@ std::string CSyntaxChooser::sExpected(const STSignatureItem& stItem) const {
     case 17:
     case 19:
     case 28:
+    case 30:
     case 80:
         return "string";
     case 26:

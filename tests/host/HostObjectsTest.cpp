@@ -217,8 +217,6 @@ TEST_F(Objets, TypesSansClasseOuSansGestionnaire) {
     EXPECT_FALSE(Host().bNew("gglNimporteQuoi", {}, st));
     EXPECT_FALSE(Host().bNew("gglChemin", {CHostValue::s_Integer(1)}, st));
     EXPECT_EQ(st.sRefusal, "wrong number of arguments to 'gglChemin' (at most 0 expected, got 1)");
-    EXPECT_FALSE(Host().bCall("GglRecupereCarte", {}, st));
-    EXPECT_EQ(st.sRefusal, "'GglRecupereCarte' has no handler in this component");
     EXPECT_FALSE(Host().bCall("GglAdWListeCampagne", {Nouveau("gglConnexion")}, st));
     EXPECT_EQ(st.sRefusal, "'GglAdWListeCampagne' has no handler in this component");
     // Whatever classes have not landed yet: a clear refusal, never a crash.

@@ -6,6 +6,7 @@
 #include "HostVM.h"
 #include "KLBIN.h"
 #include "ManipAUB.h"
+#include "MemoImage.h"
 #include "ObjectSerializer.h"
 #include "VMErrors.h"
 #include "XError.h"
@@ -15,7 +16,9 @@
 
 #include <cctype>
 
+#include <cstdio>
 #include <cstring>
+#include <fstream>
 
 namespace {
 
@@ -83,9 +86,26 @@ TEST(VM, ValeursRetourneesLuesDeLeurForme) {
         EXPECT_EQ(s_sEcrit(cl), st.sAttendu) << st.nType;
     }
     EXPECT_EQ(sW.nGetRef(), 1) << "reading takes no reference it keeps";
-    void* pImage = &clBin;
-    CHostValue cl;
-    EXPECT_FALSE(CHostVM::s_bReadValue(&pImage, 30, cl)) << "an image is not carried";
+    // An image is read as its bytes, held or in its file; a file that cannot be read is no value.
+    const std::string sFichier = testing::TempDir() + "kvggl-image.gif";
+    std::ofstream(sFichier, std::ios::binary) << std::string("GIF89a\0\1", 8);
+    const std::wstring sFichierW(sFichier.begin(), sFichier.end());
+    const struct {
+        CKLMemoImage clImage;
+        bool bLue;
+        std::string sOctets;
+    } tabImages[] = {
+        {CKLMemoImage::s_Octets(clBin), true, "\x01\x02\xff"},
+        {CKLMemoImage::s_Fichier(sFichierW), true, std::string("GIF89a\0\1", 8)},
+        {CKLMemoImage(), true, ""},
+        {CKLMemoImage::s_Fichier(sFichierW + L".absent"), false, ""},
+    };
+    for (const auto& st : tabImages) {
+        CHostValue cl;
+        EXPECT_EQ(CHostVM::s_bReadValue(&st.clImage, 30, cl), st.bLue) << st.sOctets;
+        EXPECT_EQ(cl.sGetString(), st.sOctets);
+    }
+    std::remove(sFichier.c_str());
 }
 
 TEST(VM, RetourDansLeContexteDeLAppel) {
@@ -302,6 +322,10 @@ TEST(VM, ArgumentsDansLaFormeDeLeurType) {
                         nullptr, sPourquoi));
     ASSERT_TRUE(cl.bAdd({122, 0}, CHostValue(), nullptr, sPourquoi));
     ASSERT_TRUE(cl.bAdd({28, 0}, CHostValue::s_String(std::string("\0\1", 2)), nullptr, sPourquoi));
+    // An image: bytes that begin as one are the image, any other text names its file.
+    const std::string sPNG("\x89PNG\r\n\x1a\n\0\0", 10);
+    ASSERT_TRUE(cl.bAdd({30, 0}, CHostValue::s_String(sPNG), nullptr, sPourquoi));
+    ASSERT_TRUE(cl.bAdd({30, 0}, CHostValue::s_String("BMW/carte.png"), nullptr, sPourquoi));
     unsigned char** pp = cl.ppArguments();
     int32_t n;
     std::memcpy(&n, pp[0], 4);
@@ -320,6 +344,12 @@ TEST(VM, ArgumentsDansLaFormeDeLeurType) {
     EXPECT_EQ((*ptab)[1].sv(), L"2");
     EXPECT_EQ(*reinterpret_cast<const wchar_t**>(pp[6]), nullptr) << "nil is a null text";
     EXPECT_EQ(reinterpret_cast<const CKLBIN*>(pp[7])->nGetTaille(), 2u);
+    const auto* pclImage = *reinterpret_cast<const CKLMemoImage**>(pp[8]);
+    EXPECT_TRUE(pclImage->bEnMemoire());
+    EXPECT_EQ(pclImage->pclGetBinDataEx()->sv(), sPNG);
+    pclImage = *reinterpret_cast<const CKLMemoImage**>(pp[9]);
+    EXPECT_FALSE(pclImage->bEnMemoire());
+    EXPECT_STREQ(pclImage->pszGetChemin(), L"BMW/carte.png");
 
     struct {
         STSignatureItem st;
@@ -331,7 +361,8 @@ TEST(VM, ArgumentsDansLaFormeDeLeurType) {
         {{1, 0}, CHostValue::s_Integer(1), "boolean expected"},
         {{26, 0}, CHostValue::s_String("demain"), "date expected as YYYY-MM-DDTHH:MM:SS[.mmm]"},
         {{111, 0}, CHostValue::s_String("x"), "object expected"},
-        {{30, 0}, CHostValue::s_String("x"), "a value of type 30, which this host cannot give"},
+        {{30, 0}, CHostValue::s_Integer(3), "string expected (the image's bytes or its file)"},
+        {{65, 0}, CHostValue::s_String("x"), "a value of type 65, which this host cannot give"},
     };
     for (auto& stR : tabRefus) {
         CArgumentBlock clR;

@@ -58,15 +58,6 @@ TEST_P(Scripts, Reussit) {
 INSTANTIATE_TEST_SUITE_P(Lua, Scripts, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_LUA_SCRIPTS, "test_")),
                          KVLuaTest::sNomTest);
 
-// The examples run as they are, and clean up as well.
-class Exemples : public testing::TestWithParam<std::string> {};
-TEST_P(Exemples, Tournent) {
-    EXPECT_EQ(s_sExecute(GetParam()), "");
-    EXPECT_FALSE(KVLuaTest::bComposanteChargee());
-}
-INSTANTIATE_TEST_SUITE_P(Lua, Exemples, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "maps")),
-                         KVLuaTest::sNomTest);
-
 TEST(Lua, UnScriptQuiEchoueEstVu) {
     std::string sScript = std::string(KVGGL_LUA_SCRIPTS) + "/support_fails.lua";
     std::string sErreur = s_sExecute(sScript);

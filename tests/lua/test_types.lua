@@ -26,12 +26,11 @@ T.raises("type 'gglAdWConnexion' is declared by the component but has no class",
          kvggl.gglAdWConnexion)
 T.raises("the component has no type 'gglRien'", kvggl.new, "gglRien")
 
--- Functions without a handler: the map functions are registered with none.
-T.raises("'GglRecupereCarte' has no handler in this component", kvggl.GglRecupereCarte,
-         kvggl.gglConnexion(), kvggl.gglCoordonnee(), 100, 100)
-T.raises("'GglAdWListeCampagne' has no handler", kvggl.gglAdWListeCampagne)
+-- Functions without a handler: the AdWords functions are registered with none.
+T.raises("'GglAdWListeCampagne' has no handler in this component", kvggl.gglAdWListeCampagne,
+         kvggl.gglConnexion())
 local c = kvggl.gglConnexion()
-T.raises("has no handler", function() return c:GglRecupereCarte(1, 2) end)
+T.raises("has no handler", function() return c:GglAdWListeCampagne() end)
 
 -- Constants.
 T.eq(kvggl.gglGIF, "gif", "gglGIF")

@@ -17,11 +17,20 @@
 //                                        host serves both) with the texts as `...`; its results
 //                                        as texts, or its error raised here
 //   kvggl_wire.dir                       this folder, for the scripts' companions
+//   kvggl_wire.image(bytes)              "png", "gif" or "jpeg", width and height, as libgd
+//                                        reads the bytes; nil for bytes it cannot read
+//   kvggl_wire.pixel(bytes, x, y)        the colour 0xRRGGBB of that pixel
+//   kvggl_wire.project(lat, lng, zoom, w, h, at_lat, at_lng)
+//                                        where a point falls on a Web Mercator map of that
+//                                        centre, zoom and size in pixels
 // After a script, the component must be gone from the process, as in tests/lua.
 #include "EmulatorHarness.h"
 #include "HttpProbe.h"
 #include "JsonValue.h"
 #include "LuaModule.h"
+#include "MapImage.h"
+
+#include <gd.h>
 
 #include <lua.hpp>
 #include <sqlite3.h>
@@ -32,11 +41,14 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <exception>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -234,6 +246,76 @@ int s_nHarnessIndex(lua_State* L) {
     return 1;
 }
 
+// The image of the bytes, by their signature; null for bytes libgd cannot read.
+struct STGdDeleter {
+    void operator()(gdImage* p) const { gdImageDestroy(p); }
+};
+std::unique_ptr<gdImage, STGdDeleter> s_pImage(std::string_view sv, const char** ppszKind) {
+    void* p = const_cast<char*>(sv.data());
+    const int n = static_cast<int>(sv.size());
+    gdImage* pImage = nullptr;
+    *ppszKind = nullptr;
+    if (sv.starts_with("\x89PNG")) {
+        pImage = gdImageCreateFromPngPtr(n, p);
+        *ppszKind = "png";
+    } else if (sv.starts_with("GIF8")) {
+        pImage = gdImageCreateFromGifPtr(n, p);
+        *ppszKind = "gif";
+    } else if (sv.starts_with("\xff\xd8")) {
+        pImage = gdImageCreateFromJpegPtr(n, p);
+        *ppszKind = "jpeg";
+    }
+    return std::unique_ptr<gdImage, STGdDeleter>(pImage);
+}
+
+int s_nImage(lua_State* L) {
+    size_t n = 0;
+    const char* psz = luaL_checklstring(L, 1, &n);
+    const char* pszKind = nullptr;
+    auto pImage = s_pImage(std::string_view(psz, n), &pszKind);
+    if (!pImage) {
+        lua_pushnil(L);
+        return 1;
+    }
+    lua_pushstring(L, pszKind);
+    lua_pushinteger(L, gdImageSX(pImage.get()));
+    lua_pushinteger(L, gdImageSY(pImage.get()));
+    return 3;
+}
+
+int s_nPixel(lua_State* L) {
+    size_t n = 0;
+    const char* psz = luaL_checklstring(L, 1, &n);
+    const auto x = static_cast<int>(luaL_checkinteger(L, 2));
+    const auto y = static_cast<int>(luaL_checkinteger(L, 3));
+    const char* pszKind = nullptr;
+    bool bOk = false;
+    {
+        auto pImage = s_pImage(std::string_view(psz, n), &pszKind);
+        bOk = pImage && gdImageBoundsSafe(pImage.get(), x, y);
+        if (bOk) {
+            const int c = gdImageGetTrueColorPixel(pImage.get(), x, y);
+            lua_pushinteger(L, gdTrueColorGetRed(c) << 16 | gdTrueColorGetGreen(c) << 8 |
+                                   gdTrueColorGetBlue(c));
+        } else {
+            lua_pushfstring(L, "no pixel (%d, %d) in these bytes", x, y);
+        }
+    }
+    return bOk ? 1 : s_nRaise(L);
+}
+
+int s_nProject(lua_State* L) {
+    double x = 0, y = 0;
+    CMapImage::s_Project({luaL_checknumber(L, 1), luaL_checknumber(L, 2)},
+                         static_cast<int>(luaL_checkinteger(L, 3)), 1,
+                         static_cast<int>(luaL_checkinteger(L, 4)),
+                         static_cast<int>(luaL_checkinteger(L, 5)),
+                         {luaL_checknumber(L, 6), luaL_checknumber(L, 7)}, x, y);
+    lua_pushinteger(L, static_cast<lua_Integer>(std::lround(x)));
+    lua_pushinteger(L, static_cast<lua_Integer>(std::lround(y)));
+    return 2;
+}
+
 int s_nOpenWire(lua_State* L);
 
 lua_State* s_pNewState() {
@@ -316,8 +398,10 @@ int s_nOpenWire(lua_State* L) {
     lua_pushstring(L, KVGGL_LUA_WIRE_SCRIPTS);
     lua_setfield(L, -2, "dir");
     const luaL_Reg tabFunctions[] = {
-        {"port", s_nPort},           {"http", s_nHttp}, {"setenv", s_nSetenv}, {"store", s_nStore},
-        {"emulators", s_nEmulators}, {"run", s_nRun},   {nullptr, nullptr},
+        {"port", s_nPort},           {"http", s_nHttp},       {"setenv", s_nSetenv},
+        {"store", s_nStore},         {"emulators", s_nEmulators}, {"run", s_nRun},
+        {"image", s_nImage},         {"pixel", s_nPixel},     {"project", s_nProject},
+        {nullptr, nullptr},
     };
     luaL_setfuncs(L, tabFunctions, 0);
     // decode finds the null marker in the module table, its upvalue.
@@ -374,6 +458,42 @@ TEST_P(Exemples, Tournent) {
 }
 INSTANTIATE_TEST_SUITE_P(Wire, Exemples, testing::ValuesIn(KVLuaTest::tabScripts(KVGGL_EXAMPLES, "")),
                          KVLuaTest::sNomTest);
+
+// The maps tour writes its image; opened here, it has the size asked and each marker where its
+// place falls (the colours through the 8-bit palette the tour asks for, hence the margin).
+TEST(Wire, LeTourDesCartesEcritSonImage) {
+    const std::string sFichier = testing::TempDir() + "kvggl-tour-map.png";
+    std::remove(sFichier.c_str());
+    setenv("KVGGL_MAP_FILE", sFichier.c_str(), 1);
+    setenv("KVGGL_GOOGLE_API_KEY", "demo-key", 1);
+    s_Run(std::string(KVGGL_EXAMPLES) + "/maps.lua");
+    unsetenv("KVGGL_MAP_FILE");
+    unsetenv("KVGGL_GOOGLE_API_KEY");
+
+    std::ifstream in(sFichier, std::ios::binary);
+    const std::string sOctets((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const char* pszKind = nullptr;
+    auto pImage = s_pImage(sOctets, &pszKind);
+    ASSERT_TRUE(pImage) << "no image in " << sFichier;
+    EXPECT_STREQ(pszKind, "png");
+    EXPECT_EQ(gdImageSX(pImage.get()), 640);
+    EXPECT_EQ(gdImageSY(pImage.get()), 400);
+    // The seeded places of the two addresses, the centre between them, the zoom of the tour.
+    const STLatLng tabPlaces[] = {{48.8584, 2.2945}, {48.8606, 2.3376}};
+    const uint32_t tabCouleurs[] = {0xFF0000, 0x00FF00};
+    const STLatLng centre{(48.8584 + 48.8606) / 2, (2.2945 + 2.3376) / 2};
+    for (int i = 0; i < 2; ++i) {
+        double x = 0, y = 0;
+        CMapImage::s_Project(centre, 14, 1, 640, 400, tabPlaces[i], x, y);
+        // Beside the letter, inside the disc.
+        const int c = gdImageGetTrueColorPixel(pImage.get(), static_cast<int>(std::lround(x)) - 6,
+                                               static_cast<int>(std::lround(y)));
+        const int tabObtenu[] = {gdTrueColorGetRed(c), gdTrueColorGetGreen(c), gdTrueColorGetBlue(c)};
+        for (int k = 0; k < 3; ++k)
+            EXPECT_NEAR(tabObtenu[k], static_cast<int>(tabCouleurs[i] >> (16 - 8 * k) & 0xFF), 8)
+                << "marker " << i << " channel " << k;
+    }
+}
 
 // The helper itself: a failing script is seen, with the place, and the other state's error
 // comes back as an error of this one.

