@@ -19,16 +19,17 @@ install(FILES ${PROJECT_SOURCE_DIR}/host/lua/describe.lua
         DESTINATION ${CMAKE_INSTALL_DATADIR}/kvggl)
 install(TARGETS kvggl-emulators RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 # kvggl-describe finds the module, the data and describe.lua from where it is installed (bin/
-# under the prefix), or at the absolute folders luarocks gave.
-if(IS_ABSOLUTE "${KVGGL_LUA_CDIR}")
+# under the prefix); under luarocks, which gives absolute folders and deploys the module and the
+# data elsewhere in its tree, describe.lua stays in the rock's folder and Lua's own paths
+# (`luarocks path`) find the rest.
+if(IS_ABSOLUTE "${KVGGL_LUA_DIR}")
     set(KVGGL_DESCRIBE_CDIR "${KVGGL_LUA_CDIR}")
+    set(KVGGL_DESCRIBE_DIR "${KVGGL_LUA_DIR}")
+    set(KVGGL_DESCRIBE_SCRIPT "${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/kvggl/describe.lua")
 else()
     set(KVGGL_DESCRIBE_CDIR "$here/../${KVGGL_LUA_CDIR}")
-endif()
-if(IS_ABSOLUTE "${KVGGL_LUA_DIR}")
-    set(KVGGL_DESCRIBE_DIR "${KVGGL_LUA_DIR}")
-else()
     set(KVGGL_DESCRIBE_DIR "$here/../${KVGGL_LUA_DIR}")
+    set(KVGGL_DESCRIBE_SCRIPT "$here/../${CMAKE_INSTALL_DATADIR}/kvggl/describe.lua")
 endif()
 configure_file(${PROJECT_SOURCE_DIR}/host/lua/kvggl-describe.in
                ${CMAKE_BINARY_DIR}/kvggl-describe @ONLY)
