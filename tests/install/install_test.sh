@@ -1,0 +1,42 @@
+#!/bin/sh
+# install_test.sh BUILD_DIR SANITIZED CXX: installs the build into a temporary prefix, then,
+# from a folder outside the repository and the build, runs an installed example and
+# kvggl-describe with nothing but the prefix's paths.
+set -eu
+build=$1
+prefix=$(mktemp -d)
+trap 'rm -rf "$prefix"' EXIT
+cmake --install "$build" --prefix "$prefix" >/dev/null
+if [ "$2" = ON ]; then
+    # The stock interpreter loading instrumented code needs the sanitizers' runtimes first.
+    LD_PRELOAD="$("$3" -print-file-name=libasan.so) $("$3" -print-file-name=libubsan.so)"
+    export LD_PRELOAD ASAN_OPTIONS=detect_leaks=0
+fi
+unset KVGGL_COMPONENT LUA_PATH LUA_CPATH
+mkdir "$prefix/elsewhere"
+cd "$prefix/elsewhere"
+export LUA_CPATH="$prefix/lib/lua/5.4/?.so;;" LUA_PATH="$prefix/share/lua/5.4/?.lua;;"
+
+# The installed module, with the installed component beside it.
+lua5.4 -e 'local kvggl = require "kvggl"
+           local where = kvggl.status().component
+           assert(where == arg[1] .. "/lib/lua/5.4/kv220ggl.so", where)' /dev/null "$prefix"
+lua5.4 "$prefix/share/doc/kvggl/examples/maps.lua" >/dev/null
+
+fail() { echo "install_test: $*" >&2; exit 1; }
+# NAME, the status describe exits with, a line it prints
+while IFS='|' read -r name status line; do
+    out=$("$prefix/bin/kvggl-describe" $name 2>&1) && got=0 || got=$?
+    [ "$got" = "$status" ] || fail "describe $name: exit $got, not $status"
+    printf '%s\n' "$out" | grep -qF -- "$line" || fail "describe $name: no '$line' in
+$out"
+done <<'CASES'
+|0|102 function rows (99 names)
+GglRequete|0|buffer (connection: gglConnexion, service: int, url: text, body: text, method: int)
+gglrequete|0|method       gglRequeteGET (default)
+GglListeAgenda|0|GglListeAgenda [function 1, 1 row]: not built yet
+GglRecupereCarte|0|registered without a handler
+GglAdWListeCampagne|0|registered without a handler
+gglParametreCarte|0|Echelle        Pixels per map point
+GglNoSuchThing|1|describe: no such name 'GglNoSuchThing'
+CASES
