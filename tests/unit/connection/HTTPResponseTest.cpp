@@ -2,7 +2,7 @@
 // or one body line picked out, and the body in each of its forms.
 #include "connection/HTTPResponse.h"
 
-#include "FauxHote.h"
+#include "HoteEssai.h"
 
 #include "Any.h"
 #include "KLBIN.h"
@@ -13,7 +13,6 @@
 
 namespace {
 
-using fauxhote::Nom;
 
 CHTTPResponse Reponse(const wchar_t* pszEntete, const std::string& sCorps = {}) {
     CHTTPResponse cl;

@@ -2,7 +2,7 @@
 // the rows of the component's tables, and their collections edited through the collection
 // interfaces. Every object is made and released as the host would, so that ASan sees each
 // reference given back.
-#include "../../support/VMEnregistreur.h"
+#include "VMEnregistreur.h"
 
 #include "maps/GestionMarqueurs.h"
 #include "maps/GoogleChemin.h"
