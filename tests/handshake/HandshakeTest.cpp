@@ -1,9 +1,12 @@
 // The host's side of the handshake, played against the built kv220ggl.so: the library is
 // loaded with dlopen and reached only through its exported entry points and records.
+#include "HTTPClient.h"
 #include "HTTPService.h"
+#include "HostLibShop.h"
 #include "KLLibraryInterface.h"
 #include "LibShop.h"
 #include "ObjectInterfaces.h"
+#include "Ref.h"
 #include "StrMemAlloc.h"
 #include "Tables.h"
 #include "XError.h"
@@ -52,48 +55,6 @@ HOST_EXPORT void* nConversionDepassementExt() { return nullptr; }
 HOST_EXPORT void* FinConversion() { return nullptr; }
 
 namespace {
-
-class CHTTPFactice final : public IHTTP {
-public:
-    void vAddRef() override { ++m_nRef; }
-    void vRelease() override { --m_nRef; }
-    CXError* vpiGetErreur() override { return nullptr; }
-    int vbDonneResultat(CAny&, int) override { return 0; }
-    void vSetVM(IVM*, int) override {}
-    IEntetesHTTP* vpiCreeEntetes() override { return nullptr; }
-    int vbExecute(CParametresHTTPRequete&, int) override { return 0; }
-    int vbSoapExecute(const wchar_t*, const STManipAUB&, const wchar_t*) override { return 0; }
-    int vbSoapAjouteEntete(const wchar_t*, const CAny&, const wchar_t*, int) override {
-        return 0;
-    }
-    int vbSoapDonneResultat(CAny&, eSOAPResultat, int) override { return 0; }
-    int vbSoapErreur(eSOAPErreur, CXYString<wchar_t>&) override { return 0; }
-    int m_nRef = 0;
-};
-
-class CLibShopFactice final : public ILibShop {
-public:
-    IInterfaceObjetBase* piGetInterface(int, int, const wchar_t* pszNom, CXError*) override {
-        m_tabDemandes.emplace_back(pszNom);
-        return nullptr;
-    }
-    IInterfaceObjetBase* piGetInterfaceVM(IInterfaceObjetBase*, int, int, int,
-                                          const wchar_t* pszNom, CXError*) override {
-        m_tabDemandes.emplace_back(pszNom);
-        return nullptr;
-    }
-    IInterfaceObjetBase* piGetInterfaceCompat(int, int, int, int, const wchar_t* pszNom, int,
-                                              CXError*) override {
-        m_tabDemandes.emplace_back(pszNom);
-        if (m_pclHTTP && std::wcscmp(pszNom, L"HTTP") == 0) {
-            m_pclHTTP->vAddRef();
-            return m_pclHTTP;
-        }
-        return nullptr;
-    }
-    CHTTPFactice* m_pclHTTP = nullptr;
-    std::vector<std::wstring> m_tabDemandes;
-};
 
 class CFactoryModerne final : public IGlobalFactory {
 public:
@@ -154,7 +115,7 @@ protected:
     static inline void* ms_hHote = nullptr;
     CFactoryModerne m_clFactory;
     CAllocateurHote m_clAlloc;
-    CLibShopFactice m_clLibShop;
+    CHostLibShop m_clLibShop; // the host's own registry and, below, its own HTTP service
 };
 
 TEST_F(Composante, VersionEtSelecteurs) {
@@ -333,17 +294,17 @@ TEST_F(Composante, ObjetLibrairieEtHTTP) {
     EXPECT_EQ(pclErreur->nGetUserErrorCode(), 600033u);
     EXPECT_EQ(pclErreur->nGetErrorLevel(), 3);
     EXPECT_GT(std::wcslen(pclErreur->pszGetUserMessage()), 0u);
-    EXPECT_EQ(m_clLibShop.m_tabDemandes.back(), L"HTTP");
+    EXPECT_EQ(m_clLibShop.tabRequests().back(), L"HTTP");
     EXPECT_EQ(piLib->Release(), 0);
 
-    CHTTPFactice clHTTP;
-    m_clLibShop.m_pclHTTP = &clHTTP;
+    // The library's reference is given back at the end, or the sanitizer reports the service.
+    m_clLibShop.Register(gszServiceHTTP, CRef<IInterfaceObjetBase>::Adopt(
+                                             new CHTTPClient(STHostOptions())));
     piLib = static_cast<IKLLibrary*>(pfnProxy(60));
     EXPECT_EQ(piLib->bFinInitKLL(), 1);
     EXPECT_TRUE(piLib->pclGetError()->bEstPropre());
-    EXPECT_EQ(clHTTP.m_nRef, 1) << "the library holds the service";
     piLib->TermKLL();
-    EXPECT_EQ(clHTTP.m_nRef, 0) << "and gives it back at the end";
+    m_clLibShop.Clear();
     piLib->Release();
 
     Exec(4875, 0);

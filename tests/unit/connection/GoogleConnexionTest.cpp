@@ -1,8 +1,10 @@
 // The connection as a script object: its properties read and written through the rows of the
 // component's tables, and RefreshTokens written out and read back through the host's JSON
 // service, as the host's save and rebuild do.
-#include "../../support/VMEnregistreur.h"
-#include "JSONEssai.h"
+#include "VMEnregistreur.h"
+#include "HoteEssai.h"
+
+#include "DataServiceErrors.h"
 
 #include "connection/GoogleConnexion.h"
 #include "frame/ComposanteGGL.h"
@@ -189,7 +191,8 @@ INSTANTIATE_TEST_SUITE_P(GglConnexion, LectureRefreshTokens, testing::ValuesIn(g
 TEST_F(ConnexionGoogle, UnTexteQuiNEstPasDuJSONLaisseSaCause) {
     Remplit(L"avant", L"acces");
     ForceRefreshTokens(L"{\"calendar\":");
-    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), 600003u) << "the service's own cause";
+    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), static_cast<unsigned>(DATASERVICE_JSON_SYNTAX))
+        << "the service's own cause";
     EXPECT_EQ(tabRefresh(*m_clConnexion)[1], L"avant");
 }
 

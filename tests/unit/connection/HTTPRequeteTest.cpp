@@ -1,6 +1,6 @@
 // The request description: its MIME tables, how parameters are joined and encoded through the
 // host's encoder, how body chunks are assembled, and what a copy keeps.
-#include "FauxHote.h"
+#include "HoteEssai.h"
 
 #include "connection/HTTPRequete.h"
 
@@ -8,101 +8,62 @@
 
 #include <gtest/gtest.h>
 
+#include <cwctype>
+#include <set>
 #include <string>
 #include <vector>
 
-using namespace fauxhote;
 
 namespace {
 
-struct STCasMIME {
-    eHTTPCONTENTTYPE eType;
-    const wchar_t* pszMIME;
-};
-
-// Every row, in table order.
-const STCasMIME gtabMIME[] = {
-    {HTTPCT_GOOGLE_INCONNU, L"application/vnd.google-apps.unknown"},
-    {HTTPCT_FORMULAIRE, L"application/x-www-form-urlencoded"},
-    {HTTPCT_ATOM, L"application/atom+xml"},
-    {HTTPCT_MULTIPART_FORMULAIRE, L"multipart/form-data"},
-    {HTTPCT_TEXTE, L"text/plain"},
-    {HTTPCT_CSV, L"text/csv"},
-    {HTTPCT_TSV, L"text/tab-separated-values"},
-    {HTTPCT_HTML, L"text/html"},
-    {HTTPCT_WORD, L"application/msword"},
-    {HTTPCT_ODS, L"application/vnd.oasis.opendocument.spreadsheet"},
-    {HTTPCT_ODT, L"application/vnd.oasis.opendocument.text"},
-    {HTTPCT_RTF, L"application/rtf"},
-    {HTTPCT_SXW, L"application/vnd.sun.xml.writer"},
-    {HTTPCT_EXCEL, L"application/vnd.ms-excel"},
-    {HTTPCT_POWERPOINT, L"application/vnd.ms-powerpoint"},
-    {HTTPCT_GIF, L"image/gif"},
-    {HTTPCT_PNG, L"image/png"},
-    {HTTPCT_JPEG, L"image/jpeg"},
-    {HTTPCT_MULTIPART_RELATED, L"multipart/related; boundary=\"vbhsik745z6d_84eo0pmlk__987\""},
-    {HTTPCT_BMP, L"image/bmp"},
-    {HTTPCT_PDF, L"application/pdf"},
-    {HTTPCT_JSON, L"application/json"},
-    {HTTPCT_DOCX, L"application/vnd.openxmlformats-officedocument.wordprocessingml.document"},
-    {HTTPCT_XLSX, L"application/vnd.openxmlformats-officedocument.spreadsheetml.sheet"},
-    {HTTPCT_PPTX, L"application/vnd.openxmlformats-officedocument.presentationml.presentation"},
-    {HTTPCT_ODP, L"application/vnd.oasis.opendocument.presentation"},
-};
-
-TEST(TableMIME, VingtSixLignesPuisLaMarqueDeFin) {
-    static_assert(std::size(gtabMIME) == HTTPCT_NB);
-    for (size_t i = 0; i < std::size(gtabMIME); ++i) {
-        EXPECT_EQ(gtabMIME[i].eType, static_cast<int>(i));
-        EXPECT_STREQ(CHTTPRequete::s_pszGetMIMEType(gtabMIME[i].eType), gtabMIME[i].pszMIME)
-            << "row " << i;
-        CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", gtabMIME[i].eType);
-        EXPECT_STREQ(cl.pszGetContentType(), gtabMIME[i].pszMIME) << "the request takes row " << i;
+// The MIME table: one well-formed type per row, each its own, then the end mark; a request
+// takes its row; the multipart type carries the boundary the bodies use.
+TEST(TableMIME, UnTypeBienFormeParLignePuisLaMarqueDeFin) {
+    std::set<std::wstring> setVus;
+    for (int i = 0; i < HTTPCT_NB; ++i) {
+        const std::wstring s = CHTTPRequete::s_pszGetMIMEType(static_cast<eHTTPCONTENTTYPE>(i));
+        const size_t nBarre = s.find(L'/');
+        EXPECT_TRUE(nBarre != std::wstring::npos && nBarre > 0 && nBarre + 1 < s.size()) << i;
+        EXPECT_TRUE(setVus.insert(s).second) << "row " << i << " repeats " << KVUtf8::VersUtf8(s.c_str());
+        CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", static_cast<eHTTPCONTENTTYPE>(i));
+        EXPECT_EQ(cl.pszGetContentType(), s) << "the request takes row " << i;
     }
     EXPECT_EQ(CHTTPRequete::s_szTabMIMEType[HTTPCT_NB], nullptr);
+    EXPECT_STREQ(CHTTPRequete::s_pszGetMIMEType(HTTPCT_JSON), L"application/json");
     const std::wstring sRelated = CHTTPRequete::s_pszGetMIMEType(HTTPCT_MULTIPART_RELATED);
     EXPECT_NE(sRelated.find(gszFrontiereMultipart), std::wstring::npos)
         << "bodies and the type share one boundary";
 }
 
-struct STCasExtension {
-    const wchar_t* pszExtension;
-    eHTTPCONTENTTYPE eType;
-};
-
-const STCasExtension gtabExtensions[] = {
-    {L".CSV", HTTPCT_CSV},   {L".TSV", HTTPCT_TSV},         {L".TAB", HTTPCT_TSV},
-    {L".HTML", HTTPCT_HTML}, {L".HTM", HTTPCT_HTML},        {L".DOC", HTTPCT_WORD},
-    {L".ODS", HTTPCT_ODS},   {L".ODT", HTTPCT_ODT},         {L".RTF", HTTPCT_RTF},
-    {L".SXW", HTTPCT_SXW},   {L".TXT", HTTPCT_TEXTE},       {L".XLS", HTTPCT_EXCEL},
-    {L".PPT", HTTPCT_POWERPOINT}, {L".PPS", HTTPCT_POWERPOINT}, {L".GIF", HTTPCT_GIF},
-    {L".PNG", HTTPCT_PNG},   {L".JPG", HTTPCT_JPEG},        {L".JPEG", HTTPCT_JPEG},
-    {L".BMP", HTTPCT_BMP},   {L".PDF", HTTPCT_PDF},         {L".DOCX", HTTPCT_DOCX},
-    {L".XLSX", HTTPCT_XLSX}, {L".PPTX", HTTPCT_PPTX},       {L".ODP", HTTPCT_ODP},
-    // case is ignored
-    {L".jpeg", HTTPCT_JPEG}, {L".Docx", HTTPCT_DOCX},       {L".pdf", HTTPCT_PDF},
-    // unknown, dotless, partial or empty: the Google "unknown" type
-    {L".exe", HTTPCT_GOOGLE_INCONNU}, {L"CSV", HTTPCT_GOOGLE_INCONNU},
-    {L".DOCXX", HTTPCT_GOOGLE_INCONNU}, {L".", HTTPCT_GOOGLE_INCONNU},
-    {L"", HTTPCT_GOOGLE_INCONNU},    {nullptr, HTTPCT_GOOGLE_INCONNU},
-};
-
-void PrintTo(const STCasExtension& cas, std::ostream* os) { *os << Nom(cas.pszExtension); }
-
-class Extension : public testing::TestWithParam<STCasExtension> {};
-TEST_P(Extension, DonneSonType) {
-    EXPECT_EQ(CHTTPRequete::s_eGetContentType(GetParam().pszExtension), GetParam().eType);
+// An extension names a type whatever its case; anything else is Google's unknown type.
+TEST(TableMIME, LesExtensionsSansEgardALaCasse) {
+    for (const wchar_t* psz : {L".pdf", L".Docx", L".jpeg", L".TAB", L".pps"}) {
+        std::wstring sMajuscules = psz;
+        for (wchar_t& c : sMajuscules)
+            c = static_cast<wchar_t>(std::towupper(c));
+        const eHTTPCONTENTTYPE e = CHTTPRequete::s_eGetContentType(psz);
+        EXPECT_NE(e, HTTPCT_GOOGLE_INCONNU) << KVUtf8::VersUtf8(psz);
+        EXPECT_EQ(CHTTPRequete::s_eGetContentType(sMajuscules.c_str()), e);
+    }
+    EXPECT_EQ(CHTTPRequete::s_eGetContentType(L".CSV"), HTTPCT_CSV);
+    for (const wchar_t* psz : {L".exe", L"CSV", L".DOCXX", L".", L"", static_cast<const wchar_t*>(nullptr)})
+        EXPECT_EQ(CHTTPRequete::s_eGetContentType(psz), HTTPCT_GOOGLE_INCONNU) << Nom(psz);
 }
-INSTANTIATE_TEST_SUITE_P(TableMIME, Extension, testing::ValuesIn(gtabExtensions));
 
+// Each image kind the host knows gives an image type of the table; any other, nothing.
 TEST(TableMIME, ImagesParGenre) {
-    const std::pair<int, const wchar_t*> tab[] = {
-        {1, L"image/bmp"}, {2, L"image/jpeg"}, {3, L"image/gif"}, {8, L"image/png"},
-        {0, L""},          {4, L""},           {7, L""},          {-1, L""},
-    };
-    for (auto& [nGenre, psz] : tab)
-        EXPECT_EQ(CHTTPRequete::s_pszGetMIME(static_cast<IImageFactory::TYPEIMAGE>(nGenre)), psz)
-            << "kind " << nGenre;
+    for (int nGenre = -1; nGenre <= 9; ++nGenre) {
+        const std::wstring s =
+            CHTTPRequete::s_pszGetMIME(static_cast<IImageFactory::TYPEIMAGE>(nGenre)).pszGet();
+        const bool bConnu = nGenre == 1 || nGenre == 2 || nGenre == 3 || nGenre == 8;
+        EXPECT_EQ(s.starts_with(L"image/"), bConnu) << nGenre;
+        EXPECT_EQ(s.empty(), !bConnu) << nGenre;
+        if (bConnu) {
+            EXPECT_NE(CHTTPRequete::s_eGetContentType((L"." + s.substr(6)).c_str()),
+                      HTTPCT_GOOGLE_INCONNU)
+                << nGenre;
+        }
+    }
 }
 
 TEST(HTTPRequete, TypeDeContenu) {
@@ -159,7 +120,7 @@ TEST_P(Parametres, JointsEtEncodes) {
         cl.AjouteParametre(pszNom, pszValeur);
     EXPECT_EQ(cl.nGetNbParametre(), cas.tabParametres.size());
 
-    CFauxVM clVM;
+    CVMEnregistreur clVM;
     CXError clErreur(&gstMyModuleInfo60);
     EXPECT_EQ(cl.csGetParametres(0, &clVM, &clErreur), cas.pszBrut);
     EXPECT_TRUE(clVM.m_tabAppels.empty()) << "no encoding asked";
@@ -190,7 +151,7 @@ TEST(HTTPRequete, UnEncodeurEnEchecLaisseSaCauseEtNeDonneRien) {
     CHTTPRequete cl(SERVICEGOOGLE_AUCUN, L"u", HTTPCT_FORMULAIRE);
     cl.AjouteParametre(L"a", L"1");
     cl.AjouteParametre(L"b", L"2");
-    CFauxVM clVM;
+    CVMEnregistreur clVM;
     clVM.m_bEchoue = true;
     CXError clErreur(&gstMyModuleInfo60);
     EXPECT_EQ(cl.csGetParametres(1, &clVM, &clErreur), L"&");
@@ -205,7 +166,7 @@ TEST(HTTPRequete, EntetesDansLOrdre) {
     cl.AjouteHeader(L"X-A", L"1");
     cl.AjouteHeader(L"X-A", L"2");
     EXPECT_EQ(cl.nGetNbHeader(), 3u);
-    auto* pi = new CFauxEntetes;
+    auto* pi = new CEntetesEssai;
     cl.RemplitEntetesHTTP(pi);
     EXPECT_EQ(pi->m_tab, (Entetes{{L"If-Match", L"*"}, {L"X-A", L"1"}, {L"X-A", L"2"}}));
     pi->vRelease();
@@ -254,7 +215,7 @@ TEST(HTTPRequete, LaCopieEstProfonde) {
     EXPECT_STREQ(clCopie.pszGetURL(), L"https://h/p");
     EXPECT_STREQ(clCopie.pszGetContentType(), L"application/atom+xml");
     EXPECT_EQ(clCopie.csGetParametres(0, nullptr, nullptr), L"a=1");
-    auto* pi = new CFauxEntetes;
+    auto* pi = new CEntetesEssai;
     clCopie.RemplitEntetesHTTP(pi);
     EXPECT_EQ(pi->m_tab, (Entetes{{L"X-A", L"1"}}));
     pi->vRelease();

@@ -1,5 +1,5 @@
 // The walk that hands each JSON leaf to a subclass with its dotted path.
-#include "JSONEssai.h"
+#include "HoteEssai.h"
 
 #include "connection/VisiteurJSONSetPropriete.h"
 

@@ -1,7 +1,7 @@
 // The small visitors that read tokens out of token endpoint answers, walked over trees of the
 // test JSON service exactly as the host's would walk them; the function object that stores an
 // access token; the loose key comparison they rest on.
-#include "JSONEssai.h"
+#include "HoteEssai.h"
 
 #include "connection/FctSetAccessToken.h"
 #include "connection/VisitJSONRefreshToken.h"

@@ -1,6 +1,6 @@
 // The funnels into the VM's standard library: what they stack, what they call, and what they
 // make of the answer, against a VM that runs the functions as the host does.
-#include "../connection/FauxHote.h"
+#include "HoteEssai.h"
 
 #include "frame/FctEntonnoir.h"
 #include "frame/ModuleInfo.h"
@@ -10,7 +10,9 @@
 
 #include <gtest/gtest.h>
 
-using fauxhote::CFauxVM;
+#include <cstdlib>
+#include <ctime>
+
 
 namespace {
 
@@ -35,7 +37,7 @@ void PrintTo(const STCasEncode& cas, std::ostream* os) { *os << cas.pszNom; }
 class UrlEncode : public testing::TestWithParam<STCasEncode> {};
 
 TEST_P(UrlEncode, ParLaFonctionDeLHote) {
-    CFauxVM clVM;
+    CVMEnregistreur clVM;
     CXError clErreur(&gstMyModuleInfo60);
     CXYString<wchar_t> sSortie;
     EXPECT_EQ(FctEntonnoir::bUrlEncode(&clVM, &clErreur, GetParam().pszTexte, &sSortie), 1);
@@ -48,7 +50,7 @@ TEST_P(UrlEncode, ParLaFonctionDeLHote) {
 INSTANTIATE_TEST_SUITE_P(Entonnoir, UrlEncode, testing::ValuesIn(gtabEncodes));
 
 TEST(Entonnoir, UnTexteVideNAppellePasLHote) {
-    CFauxVM clVM;
+    CVMEnregistreur clVM;
     CXError clErreur(&gstMyModuleInfo60);
     CXYString<wchar_t> sSortie(L"avant");
     EXPECT_EQ(FctEntonnoir::bUrlEncode(&clVM, &clErreur, CXYString<wchar_t>(), &sSortie), 0);
@@ -60,7 +62,7 @@ TEST(Entonnoir, UnTexteVideNAppellePasLHote) {
 }
 
 TEST(Entonnoir, UnEchecDeLHoteLaisseLaSortieEtDonneSaCause) {
-    CFauxVM clVM;
+    CVMEnregistreur clVM;
     clVM.m_bEchoue = true;
     CXError clErreur(&gstMyModuleInfo60);
     CXYString<wchar_t> sSortie(L"avant");
@@ -76,7 +78,7 @@ TEST(Entonnoir, UnEchecDeLHoteLaisseLaSortieEtDonneSaCause) {
 }
 
 TEST(Entonnoir, UnResultatVideVideLaSortie) {
-    CFauxVM clVM;
+    CVMEnregistreur clVM;
     clVM.m_bResultatVide = true;
     CXError clErreur(&gstMyModuleInfo60);
     CXYString<wchar_t> sSortie(L"avant");
@@ -86,7 +88,10 @@ TEST(Entonnoir, UnResultatVideVideLaSortie) {
 }
 
 TEST(Entonnoir, DatesConvertiesSurPlace) {
-    CFauxVM clVM;
+    // Two hours east of UTC, summer or winter: the host's conversion reads TZ.
+    setenv("TZ", "UTC-2", 1);
+    tzset();
+    CVMEnregistreur clVM;
     CXError clErreur(&gstMyModuleInfo60);
     CDateTime clDate;
     ASSERT_TRUE(clDate.FromString(L"20241231230000123"));
@@ -101,6 +106,8 @@ TEST(Entonnoir, DatesConvertiesSurPlace) {
     EXPECT_EQ(FctEntonnoir::bDateHeureLocaleVersUTC(nullptr, &clErreur, &clDate), 0);
     EXPECT_EQ(FctEntonnoir::bDateHeureLocaleVersUTC(&clVM, &clErreur, nullptr), 0);
     EXPECT_EQ(clVM.m_tabAppels.size(), 2u);
+    unsetenv("TZ");
+    tzset();
 }
 
 } // namespace

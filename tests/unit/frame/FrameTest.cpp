@@ -1,5 +1,7 @@
 // The frame's own pieces, inside the component: the library object, the shared host services
 // and their lifetimes, identifiers, and the memory given back at the end.
+#include "HoteEssai.h"
+
 #include "frame/BaseExecutionDLL.h"
 #include "frame/ComposanteGGL.h"
 #include "frame/IdGenerator.h"
@@ -23,127 +25,47 @@
 
 namespace {
 
-// A counted object whose references a test can read.
-template <class I> class CCompte : public I {
-public:
-    void vAddRef() override { ++m_nRef; }
-    void vRelease() override { --m_nRef; }
-    int m_nRef = 1; // handed out with one reference
-};
-
-class CDocument final : public CCompte<IDocumentXML> {
-public:
-    void SetEncodage(const wchar_t*) override {}
-    int bCreeRacine(const char*, INoeudXML**) override { return 0; }
-    INoeudXML* piGetRacine(int) override { return nullptr; }
-    int bImporteRacine(INoeudXML*, CXError*) override { return 0; }
-    int bEcrit(IContenuXMLSortie&, eFORMATXML, CXError*) override { return 0; }
-};
-
-class CGestionXML final : public CCompte<IGestionnaireXML> {
-public:
-    IDocumentXML* vpiCreeDocument(CXError*) override { return ++m_nCrees, &m_clDoc; }
-    IDocumentXML* vpiAnalyse(const CAny& clTexte, CXError*) override {
-        m_nTypeRecu = clTexte.nGetType();
-        const wchar_t* psz = nullptr;
-        const_cast<CAny&>(clTexte).__nCastToString(&psz);
-        m_sRecu = psz ? psz : L"";
-        return &m_clDoc;
-    }
-    CDocument m_clDoc;
-    int m_nCrees = 0;
-    int m_nTypeRecu = 0;
-    std::wstring m_sRecu;
-};
-
-class CElement final : public CCompte<IElementJSON> {
-public:
-    eGENREJSON veGetGenre() override { return eGENREJSON{}; }
-    int vbGetValeur(CAny&) override { return 0; }
-    IObjetJSON* vpiGetIObjetJSON() override { return nullptr; }
-    ITableauJSON* vpiGetITableauJSON() override { return nullptr; }
-    void vAccepte(IVisiteurJSON&) override {}
-};
-
-class CContenuJSON final : public CCompte<IContenuJSON> {
-public:
-    IElementJSON* vpiAnalyse(const char* p, size_t n, CXError*) override {
-        m_sRecu.assign(p, n);
-        return &m_clElement;
-    }
-    CElement m_clElement;
-    std::string m_sRecu;
-};
-
-class CLibShop final : public ILibShop {
-public:
-    IInterfaceObjetBase* piGetInterface(int, int, const wchar_t* psz, CXError*) override {
-        m_tabDemandes.emplace_back(psz);
-        if (std::wcscmp(psz, L"ContenuJSON") != 0) return nullptr;
-        m_clJSON.vAddRef();
-        return &m_clJSON;
-    }
-    IInterfaceObjetBase* piGetInterfaceVM(IInterfaceObjetBase*, int, int, int, const wchar_t*,
-                                          CXError*) override {
-        return nullptr;
-    }
-    IInterfaceObjetBase* piGetInterfaceCompat(int, int, int, int, const wchar_t* psz, int,
-                                              CXError*) override {
-        m_tabDemandes.emplace_back(psz);
-        if (std::wcscmp(psz, L"GestionnaireXML") != 0) return nullptr;
-        m_clXML.vAddRef();
-        return &m_clXML;
-    }
-    int nNbDemandes(const wchar_t* psz) const {
-        int n = 0;
-        for (auto& s : m_tabDemandes) n += s == psz;
-        return n;
-    }
-    CGestionXML m_clXML;
-    CContenuJSON m_clJSON;
-    std::vector<std::wstring> m_tabDemandes;
-};
-
 class ServicesHote : public testing::Test {
 protected:
-    void SetUp() override {
-        m_clXML0 = m_clLibShop.m_clXML.m_nRef;
-        CInformationDLL::ms_piLibShop = &m_clLibShop;
-    }
+    void SetUp() override { CInformationDLL::ms_piLibShop = &m_clLibShop; }
     void TearDown() override {
         CComposanteGGL().TermCompo();
         CInformationDLL::ms_piLibShop = nullptr;
+        EXPECT_EQ(m_clLibShop.m_clXML->nGetRef(), 1) << "every reference given back";
+        EXPECT_EQ(m_clLibShop.m_clJSON.m_nRef, 0);
     }
-    CLibShop m_clLibShop;
-    int m_clXML0 = 0;
+    CLibShopEssai m_clLibShop;
 };
 
 TEST_F(ServicesHote, XMLPrisALaPremiereUtilisationEtRendusParTermCompo) {
-    IDocumentXML* piVide = CComposanteGGL::s_piGetXMLDoc(nullptr);
-    EXPECT_EQ(piVide, &m_clLibShop.m_clXML.m_clDoc);
-    EXPECT_EQ(CComposanteGGL::s_piGetXMLDoc(L""), piVide);
-    EXPECT_EQ(m_clLibShop.m_clXML.m_nCrees, 2) << "null and empty texts give new documents";
+    auto clVide = CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(nullptr));
+    ASSERT_TRUE(clVide);
+    EXPECT_EQ(clVide->piGetRacine(0), nullptr) << "null and empty texts give new documents";
+    auto clVide2 = CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(L""));
+    EXPECT_TRUE(clVide2 && clVide2.pGet() != clVide.pGet());
 
-    EXPECT_NE(piGetXMLDoc(L"<a/>"), nullptr);
-    EXPECT_EQ(m_clLibShop.m_clXML.m_nTypeRecu, 16) << "the text goes as a wide string value";
-    EXPECT_EQ(m_clLibShop.m_clXML.m_sRecu, L"<a/>");
-    EXPECT_EQ(m_clLibShop.nNbDemandes(L"GestionnaireXML"), 1) << "asked once, then kept";
+    auto clDoc = CRef<IDocumentXML>::Adopt(piGetXMLDoc(L"<a>é</a>"));
+    ASSERT_TRUE(clDoc);
+    auto clRacine = CRef<INoeudXML>::Adopt(clDoc->piGetRacine(0));
+    ASSERT_TRUE(clRacine);
+    EXPECT_EQ(m_clLibShop.nNbDemandes(gszServiceXML), 1) << "asked once, then kept";
 
     CComposanteGGL clAutre; // any library object ends the shared services
     clAutre.TermCompo();
     EXPECT_EQ(CComposanteGGL::ms_piGestionXML, nullptr);
-    EXPECT_EQ(m_clLibShop.m_clXML.m_nRef, m_clXML0) << "its reference given back";
-    CComposanteGGL::s_piGetXMLDoc(nullptr);
-    EXPECT_EQ(m_clLibShop.nNbDemandes(L"GestionnaireXML"), 2) << "and taken again at next use";
+    CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(nullptr));
+    EXPECT_EQ(m_clLibShop.nNbDemandes(gszServiceXML), 2) << "and taken again at next use";
 }
 
 TEST_F(ServicesHote, JSONAnalyseLeTexteUTF8) {
     CXError clErreur(&gstMyModuleInfo60);
-    EXPECT_EQ(CComposanteGGL::s_piGetJSON("{\"a\":\"\xC3\xA9\"}", &clErreur),
-              &m_clLibShop.m_clJSON.m_clElement);
-    EXPECT_EQ(m_clLibShop.m_clJSON.m_sRecu, "{\"a\":\"\xC3\xA9\"}");
-    CComposanteGGL::s_piGetJSON("[]", &clErreur);
-    EXPECT_EQ(m_clLibShop.nNbDemandes(L"ContenuJSON"), 1);
+    auto clRacine = CRef<IElementJSON>::Adopt(
+        CComposanteGGL::s_piGetJSON("{\"a\":\"\xC3\xA9\"}", &clErreur));
+    ASSERT_TRUE(clRacine);
+    EXPECT_EQ(clRacine->veGetGenre(), GENRE_JSON_OBJET);
+    EXPECT_EQ(m_clLibShop.m_clJSON.m_tabRecu, std::vector<std::string>{"{\"a\":\"\xC3\xA9\"}"});
+    CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON("[]", &clErreur));
+    EXPECT_EQ(m_clLibShop.nNbDemandes(gszServiceJSON), 1);
 }
 
 TEST_F(ServicesHote, SansServiceRienNestFabrique) {
@@ -163,17 +85,20 @@ TEST_F(ServicesHote, SansServiceRienNestFabrique) {
 }
 
 TEST(ServicesHoteHTTP, UnHoteSansHTTPRefuseLaComposante) {
-    CLibShop clLibShop;
+    CLibShopEssai clLibShop;
+    clLibShop.m_bSansHTTP = true;
     CInformationDLL::ms_piLibShop = &clLibShop;
     CComposanteGGL clLib;
     EXPECT_EQ(clLib.bFinInit(), 0);
     EXPECT_EQ(clLib.pclGetError()->nGetUserErrorCode(), 600033u);
-    EXPECT_EQ(clLibShop.nNbDemandes(L"HTTP"), 1);
+    EXPECT_EQ(clLibShop.nNbDemandes(gszServiceHTTP), 1);
     CInformationDLL::ms_piLibShop = nullptr;
 }
 
-class CTableau final : public CCompte<IKLTableau> {
+class CTableau final : public IKLTableau {
 public:
+    void vAddRef() override { ++m_nRef; }
+    void vRelease() override { --m_nRef; }
     int vbInitialise(ITypeDescription* pi, int, int, IVM*, CXError*) override {
         m_piType = pi;
         return m_bAccepte;
@@ -183,50 +108,28 @@ public:
     int vbGetElement(int, CAny&, CXError*) override { return 0; }
     int vbSetElement(int, const CAny&, CXError*) override { return 0; }
     int vbCopie(IKLTableau*, CXError*) override { return 0; }
+    int m_nRef = 0;
     ITypeDescription* m_piType = nullptr;
     int m_bAccepte = 1;
 };
 
-class CVM final : public IVM {
-public:
-    intptr_t nInfoVM(int nInfo, int nSousCode) override {
-        m_tabInfos.push_back(nInfo * 100 + nSousCode);
-        if (nSousCode == 3) return 42;
-        return reinterpret_cast<intptr_t>(nSousCode == 1 ? L"libellé" : L"nom");
-    }
-    int bEmpileAny(CAny*) override { return 0; }
-    int bAppelleFonctionVM(int, int, int, int, CXError*) override { return 0; }
-    IInterfaceObjetBase* piGetService(int, CXError*) override { return nullptr; }
-    int bRetourneValeurAppel(int, const void*, int) override { return 0; }
-    int bEmpileDateHeure(const CDateTime*) override { return 0; }
-    int bRetourneValeur(CCtxInfo*, const void*, int) override { return 0; }
-    IKLTableau* pclAlloueTableau(int nType, int nDim, CXError*) override {
-        m_nTypeDemande = nType;
-        m_nDimension = nDim;
-        return &m_clTableau;
-    }
-    int bEmpileChaineA(const char*, int) override { return 0; }
-    IAuthentification* piGetAuthentification(CXError*) override { return nullptr; }
-    CTableau m_clTableau;
-    int m_nTypeDemande = 0, m_nDimension = 0;
-    std::vector<int> m_tabInfos;
-};
-
 TEST(TableauVide, InitialisePourLeTypeOuRelacheLeTableau) {
-    CVM clVM;
+    CVMEnregistreur clVM;
+    CTableau clTableau;
+    clVM.m_piTableau = &clTableau;
     CXError clErreur(&gstMyModuleInfo60);
     auto* piType = reinterpret_cast<ITypeDescription*>(0x10);
-    EXPECT_EQ(CComposanteGGL::s_pclAlloueTableauVMVide(&clVM, &clErreur, piType),
-              &clVM.m_clTableau);
-    EXPECT_EQ(clVM.m_nTypeDemande, 111);
-    EXPECT_EQ(clVM.m_nDimension, 1);
-    EXPECT_EQ(clVM.m_clTableau.m_piType, piType);
-    EXPECT_EQ(clVM.m_clTableau.m_nRef, 1) << "the caller gets the one reference";
+    EXPECT_EQ(CComposanteGGL::s_pclAlloueTableauVMVide(&clVM, &clErreur, piType), &clTableau);
+    EXPECT_EQ(clVM.m_nTypeTableau, 111);
+    EXPECT_EQ(clVM.m_nDimensionTableau, 1);
+    EXPECT_EQ(clTableau.m_piType, piType);
+    EXPECT_EQ(clTableau.m_nRef, 1) << "the caller gets the one reference";
 
-    clVM.m_clTableau.m_bAccepte = 0;
+    clTableau.m_nRef = 0;
+    clTableau.m_bAccepte = 0;
     EXPECT_EQ(CComposanteGGL::s_pclAlloueTableauVMVide(&clVM, &clErreur, nullptr), nullptr);
-    EXPECT_EQ(clVM.m_nTypeDemande, 16);
-    EXPECT_EQ(clVM.m_clTableau.m_nRef, 0) << "a refused array is released";
+    EXPECT_EQ(clVM.m_nTypeTableau, 16);
+    EXPECT_EQ(clTableau.m_nRef, 0) << "a refused array is released";
     EXPECT_EQ(CComposanteGGL::s_pclAlloueTableauVMVide(nullptr, &clErreur, nullptr), nullptr);
 }
 
@@ -247,7 +150,7 @@ public:
 
 TEST(LibrairieContexte, LesAppelsDeVariableRestaurentLeContexte) {
     CLibrairieVariables clLib;
-    CVM clVM;
+    CVMEnregistreur clVM;
     STKLAppel stExterieur{&clVM, 0, 0, 0, 0};
     STKLAppel stAppel{&clVM, 0, 5, 7, 0};
     EXPECT_EQ(clLib.ChangeContexteAppel(&stExterieur), nullptr);
@@ -266,7 +169,7 @@ TEST(LibrairieContexte, LesAppelsDeVariableRestaurentLeContexte) {
 
 TEST(LibrairieContexte, TraitementCourantDemandeALaVMDeLAppel) {
     CComposanteGGL clLib;
-    CVM clVMAppel, clVMDonnee;
+    CVMEnregistreur clVMAppel, clVMDonnee;
     EXPECT_EQ(clLib.pszGetLibelleTraitementCourant(nullptr), nullptr);
     EXPECT_EQ(clLib.nGetLigneTraitementCourant(nullptr), 0);
     EXPECT_STREQ(clLib.pszGetNomTraitementCourant(&clVMDonnee), L"nom");

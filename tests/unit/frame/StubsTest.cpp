@@ -7,7 +7,7 @@
 #include "XYString.h"
 #include "frame/KllRows.h"
 
-#include "../../support/VMEnregistreur.h"
+#include "VMEnregistreur.h"
 
 #include <gtest/gtest.h>
 

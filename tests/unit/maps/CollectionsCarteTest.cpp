@@ -2,7 +2,7 @@
 // the rows of the component's tables, and their collections edited through the collection
 // interfaces. Every object is made and released as the host would, so that ASan sees each
 // reference given back.
-#include "../../support/VMEnregistreur.h"
+#include "VMEnregistreur.h"
 
 #include "maps/GestionMarqueurs.h"
 #include "maps/GoogleChemin.h"
@@ -320,72 +320,5 @@ TEST_F(ObjetsCarte, LaCopieEstProfonde) {
     EXPECT_STREQ(static_cast<const wchar_t*>(*clCopie), L"");
     EXPECT_TRUE(m_clErreur.bEstPropre());
 }
-
-// Every property of the map classes through its rows: written by the setter stub, read back
-// by the getter stub under the row's type code.
-struct STCasPropriete {
-    unsigned nClasse;
-    const char* pszNom;
-    int nType;
-    double dReel;
-    int nEntier;
-    const wchar_t* pszTexte;
-};
-const STCasPropriete gtabPropriete[] = {
-    {knPoint, "Latitude", 12, -12.75, 0, nullptr},
-    {knPoint, "Longitude", 12, 179.5, 0, nullptr},
-    {knMarqueur, "Latitude", 12, 1.25, 0, nullptr},
-    {knMarqueur, "Longitude", 12, -2.5, 0, nullptr},
-    {knMarqueur, "Taille", 122, 0, 0, L"small"},
-    {knMarqueur, "Couleur", 8, 0, 0xFF40C0, nullptr},
-    {knMarqueur, "Lettre", 17, 0, 'K', nullptr},
-    {knChemin, "Couleur", 8, 0, 0x123456, nullptr},
-    {knChemin, "Opacite", 8, 0, 75, nullptr},
-    {knChemin, "Epaisseur", 8, 0, 12, nullptr},
-    {knParametre, "Format", 122, 0, 0, L"jpg"},
-    {knParametre, "Cadre", 1, 0, 1, nullptr},
-    {knParametre, "Langue", 122, 0, 0, L"pt-BR"},
-    {knParametre, "Mobile", 1, 0, 1, nullptr},
-    {knParametre, "Echelle", 8, 0, 4, nullptr},
-};
-class ProprietesCarte : public ObjetsCarte, public testing::WithParamInterface<STCasPropriete> {};
-TEST_P(ProprietesCarte, EcriteParLeSetterLueParLeGetter) {
-    const STCasPropriete& c = GetParam();
-    const STKLOClasse& stClasse = stClasseEssai(c.nClasse);
-    const STKLPropriete& st = stProprieteEssai(stClasse, c.pszNom);
-    EXPECT_EQ(st.qwType, static_cast<uint64_t>(c.nType));
-    void* p = stClasse.pstConstructeur[0].pfnConstructeur(nullptr, &m_clCtx, &m_clErreur);
-    auto clObjet = CRef<IObjetBase>::Retain(static_cast<IObjetBase*>(p));
-    void* pNatif = clObjet->vpiGetIObjetComposante()->vpGetObjetC();
-    switch (c.nType) {
-    case 12: EcritEssai(st.pfnSet, pNatif, c.dReel, &m_clCtx, &m_clErreur); break;
-    case 122: EcritEssai(st.pfnSet, pNatif, c.pszTexte, &m_clCtx, &m_clErreur); break;
-    case 17: EcritEssai(st.pfnSet, pNatif, static_cast<char>(c.nEntier), &m_clCtx, &m_clErreur); break;
-    default: EcritEssai(st.pfnSet, pNatif, int32_t{c.nEntier}, &m_clCtx, &m_clErreur); break;
-    }
-    EXPECT_TRUE(m_clErreur.bEstPropre());
-    st.pfnGet(pNatif, &m_clCtx, &m_clErreur);
-    ASSERT_EQ(m_clVM.m_tabRetour.size(), 1u);
-    const STRetourVM r = m_clVM.m_tabRetour[0]; // a copy: the VM records more below
-    EXPECT_EQ(r.nType, c.nType);
-    switch (c.nType) {
-    case 12: EXPECT_EQ(r.Valeur<double>(), c.dReel); break;
-    case 122: EXPECT_EQ(r.sTexte, c.pszTexte); break;
-    case 17: EXPECT_EQ(r.Valeur<char>(), static_cast<char>(c.nEntier)); break;
-    default: EXPECT_EQ(r.Valeur<int32_t>(), c.nEntier); break;
-    }
-    // Reset through its row brings the default back.
-    stClasse.pfnRAZ(pNatif, &m_clCtx, &m_clErreur);
-    st.pfnGet(pNatif, &m_clCtx, &m_clErreur);
-    const STRetourVM& rApres = m_clVM.m_tabRetour[1];
-    if (c.nType == 122)
-        EXPECT_NE(rApres.sTexte, r.sTexte) << "not the written value any more";
-    else
-        EXPECT_NE(rApres.tabOctets, r.tabOctets) << "not the written value any more";
-}
-INSTANTIATE_TEST_SUITE_P(Carte, ProprietesCarte, testing::ValuesIn(gtabPropriete),
-                         [](const auto& i) {
-                             return std::to_string(i.param.nClasse) + "_" + i.param.pszNom;
-                         });
 
 } // namespace
