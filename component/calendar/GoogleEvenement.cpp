@@ -44,7 +44,8 @@ std::wstring s_sJour(const CDateTime& cl) {
 
 } // namespace
 
-CGoogleEvenement::CGoogleEvenement() : m_pclAuteur(new CAuthor) {
+// A script-made author starts with no reference: the event takes the first.
+CGoogleEvenement::CGoogleEvenement() : m_pclAuteur(CAuthor::s_pclCreeObjet(nullptr, nullptr)) {
     m_pclAuteur->vAddRef();
 }
 
