@@ -229,7 +229,9 @@ void COAuthServer::Decide(const STRequest& req, STResponse& res) {
     }
     if (sDecision == "deny")
         return RedirectError(pending, "access_denied",
-                             bGoogle() ? "" : "The resource owner denied the request.", res);
+                             m_Profile.eKind == STOAuthProfile::eRFC6749
+                                 ? "The resource owner denied the request."
+                                 : "", res);
     const CSeed& seed = m_Emulator.Seed();
     const STUser* pUser = seed.pFindUser(oForm->sValue("user"));
     Approve(pending, pUser ? *pUser : seed.DefaultUser(), res);
