@@ -22,8 +22,8 @@ uint32_t s_nRotr(uint32_t x, int n) {
 void s_Block(std::array<uint32_t, 8>& h, const unsigned char* p) {
     std::array<uint32_t, 64> w{};
     for (int i = 0; i < 16; ++i)
-        w[i] = uint32_t(p[4 * i]) << 24 | uint32_t(p[4 * i + 1]) << 16 | uint32_t(p[4 * i + 2]) << 8 |
-               uint32_t(p[4 * i + 3]);
+        w[i] = uint32_t(p[4 * i]) << 24 | uint32_t(p[4 * i + 1]) << 16 |
+               uint32_t(p[4 * i + 2]) << 8 | uint32_t(p[4 * i + 3]);
     for (int i = 16; i < 64; ++i) {
         uint32_t s0 = s_nRotr(w[i - 15], 7) ^ s_nRotr(w[i - 15], 18) ^ (w[i - 15] >> 3);
         uint32_t s1 = s_nRotr(w[i - 2], 17) ^ s_nRotr(w[i - 2], 19) ^ (w[i - 2] >> 10);
@@ -33,7 +33,8 @@ void s_Block(std::array<uint32_t, 8>& h, const unsigned char* p) {
     for (int i = 0; i < 64; ++i) {
         uint32_t t1 = k + (s_nRotr(e, 6) ^ s_nRotr(e, 11) ^ s_nRotr(e, 25)) + ((e & f) ^ (~e & g)) +
                       s_tabK[i] + w[i];
-        uint32_t t2 = (s_nRotr(a, 2) ^ s_nRotr(a, 13) ^ s_nRotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
+        uint32_t t2 =
+            (s_nRotr(a, 2) ^ s_nRotr(a, 13) ^ s_nRotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
         k = g;
         g = f;
         f = e;

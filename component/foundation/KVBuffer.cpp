@@ -23,10 +23,10 @@ uint32_t s_nLit32(const unsigned char* p) {
 }
 
 // Code page 1252 where it differs from Latin-1; 0 where it has no character.
-constexpr char16_t gtab1252[32] = {
-    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+constexpr char16_t gtab1252[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                   0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
+                                   0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                   0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
 std::wstring s_sDepuisPageDeCode(std::string_view sv, unsigned nCodePage) {
     if (nCodePage == nCODEPAGE_UTF8)
@@ -115,8 +115,8 @@ void CKVBuffer::Seek(long long nDecalage, eBUFFER_SEEK eOrigine) {
     long long n = nBase + nDecalage;
     if (n < 0)
         n = 0;
-    m_nPosition = static_cast<unsigned long long>(n) > m_nUtilise ? m_nUtilise
-                                                                 : static_cast<size_t>(n);
+    m_nPosition =
+        static_cast<unsigned long long>(n) > m_nUtilise ? m_nUtilise : static_cast<size_t>(n);
 }
 
 bool CKVBuffer::SetSize(size_t nTaille) {

@@ -15,7 +15,8 @@ CAuthToken* CAuthToken::s_pclCreateTokenOAuth2(const CXYString<wchar_t>& sAccess
                                                const CXYString<wchar_t>& sTokenType,
                                                const wchar_t* pszTexte,
                                                IOAuth2Parametres* piParametres, CXError*) {
-    auto clToken = CRef<IOAuth2Token>::Retain(new COAuth2Token(sAccessToken, sTokenType, piParametres));
+    auto clToken =
+        CRef<IOAuth2Token>::Retain(new COAuth2Token(sAccessToken, sTokenType, piParametres));
     const std::string sUtf8 = KVUtf8::VersUtf8(pszTexte ? pszTexte : L"");
     CSimpleBuffer clServeur;
     (void)clServeur.bAffecte(sUtf8.c_str(), sUtf8.size() + 1);
@@ -23,7 +24,8 @@ CAuthToken* CAuthToken::s_pclCreateTokenOAuth2(const CXYString<wchar_t>& sAccess
 }
 
 CAuthToken* CAuthToken::s_pclCreateTokenOAuth2(const CSimpleBuffer& clServeur,
-                                               IOAuth2Parametres* piParametres, CXError* pclErreur) {
+                                               IOAuth2Parametres* piParametres,
+                                               CXError* pclErreur) {
     auto* pclToken = new COAuth2Token(piParametres);
     auto clToken = CRef<IOAuth2Token>::Retain(pclToken);
     // The parser reads up to a null: the bytes as received, then one.

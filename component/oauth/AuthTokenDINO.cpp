@@ -29,11 +29,13 @@ CRef<IAuthToken> s_clJetonDepuisReponse(const void* p, size_t n, IOAuth2Parametr
 
 } // namespace
 
-CAuthTokenDINO::CAuthTokenDINO(COAuth2ParametresDINO* pclParametres, const CXYString<char>& sTexte) {
+CAuthTokenDINO::CAuthTokenDINO(COAuth2ParametresDINO* pclParametres,
+                               const CXYString<char>& sTexte) {
     auto clParametres = CRef<IOAuth2Parametres>::Retain(
         pclParametres ? pclParametres->clGetParametres().vpiClone() : nullptr);
     // The text with its end byte, as the answers are kept.
-    m_clToken = s_clJetonDepuisReponse(sTexte.pszGet(), sTexte.nLongueur() + 1, clParametres.pGet());
+    m_clToken =
+        s_clJetonDepuisReponse(sTexte.pszGet(), sTexte.nLongueur() + 1, clParametres.pGet());
 }
 
 void CAuthTokenDINO::CopieObjet(CCtxInfo*, CXError*, CAuthTokenDINO* pclSource) {
@@ -141,7 +143,8 @@ CAuthTokenDINO* CAuthTokenDINO::s_pclCreeObjet(CCtxInfo*, CXError*, unsigned cha
     if (!ppArguments || !ppArguments[0] || !ppArguments[1])
         return new CAuthTokenDINO;
     auto* pclParametres = KllArgObjet<COAuth2ParametresDINO>(ppArguments, 0);
-    return new CAuthTokenDINO(pclParametres, *reinterpret_cast<const CXYString<char>*>(ppArguments[1]));
+    return new CAuthTokenDINO(pclParametres,
+                              *reinterpret_cast<const CXYString<char>*>(ppArguments[1]));
 }
 
 #include "oauth/AuthTokenDINO.def"

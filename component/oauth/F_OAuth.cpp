@@ -30,7 +30,8 @@ bool s_bAdresseWeb(std::wstring_view sv) {
         for (size_t i = 0; i < svSchema.size() && bEgal; ++i)
             bEgal = std::towlower(static_cast<wint_t>(sv[i])) == static_cast<wint_t>(svSchema[i]);
         if (bEgal)
-            return sv[svSchema.size()] != L'/' && !std::iswspace(static_cast<wint_t>(sv[svSchema.size()]));
+            return sv[svSchema.size()] != L'/' &&
+                   !std::iswspace(static_cast<wint_t>(sv[svSchema.size()]));
     }
     return false;
 }
@@ -46,7 +47,8 @@ CAuthTokenDINO* CComposanteGGL::AuthIdentifie(IVM* piVM, COAuth2ParametresDINO* 
     }
     const IOAuth2Parametres& clTextes = pclParametres->clGetParametres();
     const bool bAuth = s_bAdresseWeb(clTextes.vczGetURLAuth().sv());
-    if (!bAuth || (!clTextes.vczGetURLToken().bVide() && !s_bAdresseWeb(clTextes.vczGetURLToken().sv()))) {
+    if (!bAuth ||
+        (!clTextes.vczGetURLToken().bVide() && !s_bAdresseWeb(clTextes.vczGetURLToken().sv()))) {
         clErreur.SetUserError(&gstMyModuleInfo60, knErreurArgument, 1);
         clErreur.AddDebugMessagePrintf(L"##%ls is not an http or https address##",
                                        bAuth ? L"URLToken" : L"URLAuth");
@@ -68,8 +70,8 @@ void AuthIdentifie(STKLAppel* pstAppel, CComposanteGGL* pclLibrairie,
                    COAuth2ParametresDINO* pclParametres) {
     IVM* piVM = pstAppel ? pstAppel->piVM : nullptr;
     _CXErrorModule60 clErreur;
-    auto clToken = CRef<CAuthTokenDINO>::Retain(
-        CComposanteGGL::AuthIdentifie(piVM, pclParametres, clErreur));
+    auto clToken =
+        CRef<CAuthTokenDINO>::Retain(CComposanteGGL::AuthIdentifie(piVM, pclParametres, clErreur));
     if (pclLibrairie && !clErreur.bEstPropre())
         pclLibrairie->RaiseErrorCopy(&clErreur);
     IObjetBase* piObjet = clToken->piGetObjetBase();

@@ -59,7 +59,7 @@ std::wstring s_sEncodeValeur(IVM* piVM, const CXYString<wchar_t>& sTexte) {
     CXYString<wchar_t> sEncode;
     _CXErrorModule60 clErreur;
     std::wstring s(FctEntonnoir::bUrlEncode(piVM, &clErreur, sTexte, &sEncode) ? sEncode.sv()
-                                                                                : sTexte.sv());
+                                                                               : sTexte.sv());
     std::wstring sSortie;
     for (wchar_t c : s) {
         if (c == L'&')
@@ -89,14 +89,15 @@ std::wstring s_sDescriptionErreur(std::wstring_view svReponse) {
     svReponse = svReponse.substr(0, svReponse.find(L"\r\n"));
     constexpr std::wstring_view ksCle = L"error_description=";
     size_t n = svReponse.find(ksCle);
-    if (n == std::wstring_view::npos || (n > 0 && std::wstring_view(L"?#&").find(svReponse[n - 1]) ==
-                                                     std::wstring_view::npos))
+    if (n == std::wstring_view::npos ||
+        (n > 0 && std::wstring_view(L"?#&").find(svReponse[n - 1]) == std::wstring_view::npos))
         return {};
     std::wstring_view sv = svReponse.substr(n + ksCle.size());
     sv = sv.substr(0, sv.find_first_of(L"& "));
     std::string sOctets;
     for (size_t i = 0; i < sv.size(); ++i) {
-        if (sv[i] == L'%' && i + 2 < sv.size() && s_nHex(sv[i + 1]) >= 0 && s_nHex(sv[i + 2]) >= 0) {
+        if (sv[i] == L'%' && i + 2 < sv.size() && s_nHex(sv[i + 1]) >= 0 &&
+            s_nHex(sv[i + 2]) >= 0) {
             sOctets += static_cast<char>(s_nHex(sv[i + 1]) * 16 + s_nHex(sv[i + 2]));
             i += 2;
         } else if (sv[i] == L'+') {
@@ -177,7 +178,8 @@ const wchar_t* CInterfGGLOAuth2::sGetURLLogin() const {
     if (nQuestion == std::wstring::npos) {
         sURL += L'?';
     } else {
-        __ExtraitParamsToHash(CXYString<wchar_t>(std::wstring_view(sURL).substr(nQuestion + 1)), tab);
+        __ExtraitParamsToHash(CXYString<wchar_t>(std::wstring_view(sURL).substr(nQuestion + 1)),
+                              tab);
         sURL.resize(nQuestion + 1);
     }
     sURL += tab.sJoint();
@@ -223,7 +225,8 @@ bool CInterfGGLOAuth2::bProcessRedirectionHTTP(const wchar_t* pszReponse,
     // Some providers put fixed parameters in the token address: they go in the body.
     std::wstring sURL(m_clParametres->vczGetURLToken().sv());
     if (const size_t nQuestion = sURL.find(L'?'); nQuestion != std::wstring::npos) {
-        __ExtraitParamsToHash(CXYString<wchar_t>(std::wstring_view(sURL).substr(nQuestion + 1)), tab);
+        __ExtraitParamsToHash(CXYString<wchar_t>(std::wstring_view(sURL).substr(nQuestion + 1)),
+                              tab);
         sURL.resize(nQuestion);
     }
 

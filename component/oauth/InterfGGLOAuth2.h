@@ -37,7 +37,9 @@ public:
         : m_clParametres(CRef<IOAuth2Parametres>::Retain(piParametres)), m_piVM(piVM),
           m_pclErreur(pclErreur), m_piHTTP(piHTTP) {}
 
-    const wchar_t* sGetClientID() const override { return m_clParametres->vczGetClientID().pszGet(); }
+    const wchar_t* sGetClientID() const override {
+        return m_clParametres->vczGetClientID().pszGet();
+    }
     const wchar_t* sGetClientSecret() const override {
         return m_clParametres->vczGetClientSecret().pszGet();
     }

@@ -44,8 +44,12 @@ public:
     int vnGetVersion_IOAuth2Parametres() const override { return 1; }
     IOAuth2Parametres* vpiClone() const override { return new COAuth2Parametres(*this); }
 #define KV_OAUTH2_ACCES(Champ, Propriete)                                                          \
-    const CXYString<wchar_t>& vczGet##Champ() const override { return m_s##Champ; }                \
-    void vSet##Champ(const CXYString<wchar_t>& s) override { m_s##Champ = s; }
+    const CXYString<wchar_t>& vczGet##Champ() const override {                                     \
+        return m_s##Champ;                                                                         \
+    }                                                                                              \
+    void vSet##Champ(const CXYString<wchar_t>& s) override {                                       \
+        m_s##Champ = s;                                                                            \
+    }
     KV_OAUTH2_CHAMPS(KV_OAUTH2_ACCES)
 #undef KV_OAUTH2_ACCES
     bool vToBuffer(CKVBuffer& clBuffer) const override;

@@ -12,7 +12,8 @@ class COAuth2ParametresDINO final : public CObjetComposante {
 public:
     static ITypeDescription* ms_piType;
 
-    COAuth2ParametresDINO() : m_clParametres(CRef<COAuth2Parametres>::Retain(new COAuth2Parametres)) {}
+    COAuth2ParametresDINO()
+        : m_clParametres(CRef<COAuth2Parametres>::Retain(new COAuth2Parametres)) {}
 
     static COAuth2ParametresDINO* s_pclCreeObjet(CCtxInfo*, CXError*) {
         return new COAuth2ParametresDINO;
@@ -32,10 +33,16 @@ public:
 
     // The texts as they stand now; later changes by the script do not reach a token made
     // from them.
-    const IOAuth2Parametres& clGetParametres() const { return *m_clParametres.pGet(); }
+    const IOAuth2Parametres& clGetParametres() const {
+        return *m_clParametres.pGet();
+    }
 
-    ITypeDescription* vpiGetTypeReel() override { return ms_piType; }
-    void* vpGetObjetC() override { return this; }
+    ITypeDescription* vpiGetTypeReel() override {
+        return ms_piType;
+    }
+    void* vpGetObjetC() override {
+        return this;
+    }
 
 private:
     ~COAuth2ParametresDINO() override = default;

@@ -52,8 +52,8 @@ IOAuth2Token* COAuth2Token::vpiClone() const {
 bool COAuth2Token::bInitFromJSON(const char* pszTexte, CXError* pclErreur) {
     RAZ();
     _CXErrorModule60 clErreurJSON;
-    auto clRacine =
-        CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(pszTexte ? pszTexte : "", &clErreurJSON));
+    auto clRacine = CRef<IElementJSON>::Adopt(
+        CComposanteGGL::s_piGetJSON(pszTexte ? pszTexte : "", &clErreurJSON));
     if (!clRacine) {
         if (pclErreur && pclErreur->bEstPropre()) {
             pclErreur->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);

@@ -51,19 +51,31 @@ public:
     int vnGetVersion_IOAuth2Token() const override { return 1; }
     IOAuth2Token* vpiClone() const override;
 #define KV_OAUTH2_ACCES(Nom, Champ)                                                                \
-    const CXYString<wchar_t>& vczGet##Nom() const override { return Champ; }                       \
-    void vSet##Nom(const CXYString<wchar_t>& s) override { Champ = s; }
+    const CXYString<wchar_t>& vczGet##Nom() const override {                                       \
+        return Champ;                                                                              \
+    }                                                                                              \
+    void vSet##Nom(const CXYString<wchar_t>& s) override {                                         \
+        Champ = s;                                                                                 \
+    }
     KV_OAUTH2_TEXTES_JETON(KV_OAUTH2_ACCES)
 #undef KV_OAUTH2_ACCES
-    int vnGetTokenExpires() const override { return m_nExpires; }
-    void vSetTokenExpires(int nSecondes) override { m_nExpires = nSecondes; }
-    IOAuth2Parametres* vpiGetOAuth2Parametres() const override { return m_clParametres.pGet(); }
+    int vnGetTokenExpires() const override {
+        return m_nExpires;
+    }
+    void vSetTokenExpires(int nSecondes) override {
+        m_nExpires = nSecondes;
+    }
+    IOAuth2Parametres* vpiGetOAuth2Parametres() const override {
+        return m_clParametres.pGet();
+    }
     IAuthToken* vpiRequestRefreshToken() override;
 
     // The fields from the JSON text of a token answer; a token type the answer does not give
     // is "Bearer". False with 600003 (when the error held nothing yet) if it is not JSON.
     bool bInitFromJSON(const char* pszTexte, CXError* pclErreur);
-    void RAZ() { static_cast<STOAuth2TokenBase&>(*this) = STOAuth2TokenBase(); }
+    void RAZ() {
+        static_cast<STOAuth2TokenBase&>(*this) = STOAuth2TokenBase();
+    }
 
 private:
     ~COAuth2Token() override = default;

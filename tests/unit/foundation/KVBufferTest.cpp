@@ -33,8 +33,8 @@ TEST(KVBuffer, MarkedTextToTheByte) {
     cl.SetString(L"");
     cl.SetString(nullptr);
     cl.SaveStringNewUtf8Mark(L"", false);
-    EXPECT_EQ(Octets(cl), (TOctets{0, 0, 0xFF, 0xCE, 0x88, 0xF1, 0x0D, 0, 0, 0, 0, 0xFE, 0xED,
-                                   0x98, 0xE1}));
+    EXPECT_EQ(Octets(cl),
+              (TOctets{0, 0, 0xFF, 0xCE, 0x88, 0xF1, 0x0D, 0, 0, 0, 0, 0xFE, 0xED, 0x98, 0xE1}));
 }
 
 struct STCasMode {
@@ -63,8 +63,10 @@ const STCasMode gtabModes[] = {
     {"end mark off", FinDecalee(), MODETSTRING_MARQUE_SEUL, nullptr},
     {"end mark off", FinDecalee(), MODETSTRING_DEFAUT, L"\u00FF\u00CE\u02C6\u00F1\u000F"},
     {"marked, cut short", TOctets(gtabABC.begin(), gtabABC.end() - 1), MODETSTRING_MARQUE, nullptr},
-    {"marked text with a null inside", {0xFF, 0xCE, 0x88, 0xF1, 0x10, 0, 0, 0, 'a', 0, 'c', 0, 0xFE,
-                                        0xED, 0x98, 0xE1}, MODETSTRING_MARQUE, nullptr},
+    {"marked text with a null inside",
+     {0xFF, 0xCE, 0x88, 0xF1, 0x10, 0, 0, 0, 'a', 0, 'c', 0, 0xFE, 0xED, 0x98, 0xE1},
+     MODETSTRING_MARQUE,
+     nullptr},
 };
 
 class KVBufferModes : public testing::TestWithParam<STCasMode> {};

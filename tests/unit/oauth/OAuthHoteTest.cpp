@@ -70,8 +70,10 @@ TEST_F(OAuthHote, AuthorisationAddress) {
         {L"id-client", L"https://p.test/auth?audience=x&SCOPE=own", L"=ignored&",
          L"https://p.test/auth?client_id=id-client&scope=own&state={state}&response_type=code"
          L"&audience=x"},
-        {L"id-client", L" https://api.paypal.com/webapps/auth/protocol/openidconnect/v1/tokenservice ", L"",
-         L" https://api.paypal.com/webapps/auth/protocol/openidconnect/v1/tokenservice ?client_id=id-client"
+        {L"id-client",
+         L" https://api.paypal.com/webapps/auth/protocol/openidconnect/v1/tokenservice ", L"",
+         L" https://api.paypal.com/webapps/auth/protocol/openidconnect/v1/tokenservice "
+         L"?client_id=id-client"
          L"&client_secret=secret&scope=s1%20s2&state={state}&response_type=code"},
     };
     m_clParametres->vSetScope(L"s1%20s2");
@@ -109,7 +111,8 @@ TEST_F(OAuthHote, TheWayBack) {
         {"another state", L"/?code=c-1&state=1{state}", false, 600058, 0, nullptr},
         {"no state", L"/?code=c-1", false, 600058, 0, nullptr},
         {"token and code", L"/?code=c-1&access_token=at-2&state={state}", true, 0, 0, L"at-2"},
-        {"error", L"/?error=access_denied&error_description=No%20way&state={state}", false, 600001, 0, nullptr},
+        {"error", L"/?error=access_denied&error_description=No%20way&state={state}", false, 600001,
+         0, nullptr},
         {"nothing", L"/?state={state}", false, 600001, 0, nullptr},
     };
     for (const STCas& st : tabCas) {
@@ -121,9 +124,11 @@ TEST_F(OAuthHote, TheWayBack) {
         std::wstring sRetour = st.sRetour;
         if (size_t n = sRetour.find(L"{state}"); n != std::wstring::npos)
             sRetour.replace(n, 7, cl.sGetState().sv());
-        EXPECT_EQ(cl.bProcessRedirectionHTTP((L"GET " + sRetour + L" HTTP/1.1\r\nHost: h\r\n").c_str(),
-                                             L"http://127.0.0.1:4567/"),
-                  st.bResultat) << st.pszQuoi;
+        EXPECT_EQ(
+            cl.bProcessRedirectionHTTP((L"GET " + sRetour + L" HTTP/1.1\r\nHost: h\r\n").c_str(),
+                                       L"http://127.0.0.1:4567/"),
+            st.bResultat)
+            << st.pszQuoi;
         EXPECT_EQ(m_clErreur.nGetUserErrorCode(), st.nErreur) << st.pszQuoi;
         ASSERT_EQ(Vues().size(), st.nRequetes) << st.pszQuoi;
         if (st.nRequetes) {
@@ -132,7 +137,8 @@ TEST_F(OAuthHote, TheWayBack) {
                                         "&redirect_uri=http://127.0.0.1:4567/"
                                         "&grant_type=authorization_code&realm=r1");
         }
-        IOAuth2Token* piToken = cl.piGetResultat() ? cl.piGetResultat()->vpiGetOAuth2Token() : nullptr;
+        IOAuth2Token* piToken =
+            cl.piGetResultat() ? cl.piGetResultat()->vpiGetOAuth2Token() : nullptr;
         EXPECT_EQ(std::wstring(piToken ? piToken->vczGetAccessToken().pszGet() : L"(none)"),
                   st.pszAcces ? st.pszAcces : L"(none)")
             << st.pszQuoi;
@@ -142,8 +148,10 @@ TEST_F(OAuthHote, TheWayBack) {
     }
     m_clLibShop.m_clHTTP.m_tabReponses.clear();
     CInterfGGLOAuth2 cl = Interface();
-    (void)cl.bProcessRedirectionHTTP(L"GET /?error=access_denied&error_description=No%20way HTTP/1.1\r\n", L"");
-    EXPECT_NE(std::wstring(m_clErreur.pszGetUserMessage()).find(L"access_denied: No way"), std::wstring::npos)
+    (void)cl.bProcessRedirectionHTTP(
+        L"GET /?error=access_denied&error_description=No%20way HTTP/1.1\r\n", L"");
+    EXPECT_NE(std::wstring(m_clErreur.pszGetUserMessage()).find(L"access_denied: No way"),
+              std::wstring::npos)
         << Nom(m_clErreur.pszGetUserMessage());
 }
 
@@ -159,8 +167,9 @@ TEST_F(OAuthHote, RefreshGrant) {
     EXPECT_EQ(clNouveau->vpiGetOAuth2Token()->vczGetAccessToken(), L"at-9");
     ASSERT_EQ(Vues().size(), 1u);
     EXPECT_EQ(Vues()[0].sURL, L"https://p.test/token?realm=r1");
-    EXPECT_EQ(Vues()[0].sCorps,
-              "refresh_token=rt-1&client_id=id-client&client_secret=secret&grant_type=refresh_token");
+    EXPECT_EQ(
+        Vues()[0].sCorps,
+        "refresh_token=rt-1&client_id=id-client&client_secret=secret&grant_type=refresh_token");
     m_clLibShop.m_clHTTP.m_tabReponses.push_back(Reponse(400, R"({"error":"invalid_grant"})"));
     EXPECT_EQ(clToken->vpiRequestRefreshToken(), nullptr);
 }
