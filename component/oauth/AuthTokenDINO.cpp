@@ -1,11 +1,16 @@
 #include "oauth/AuthTokenDINO.h"
 
+#include "connection/InterfGGLCnx.h"
 #include "foundation/KVBuffer.h"
 #include "frame/ModuleInfo.h"
 #include "frame/XErrorModule60.h"
 #include "oauth/OAuth2ParametresDINO.h"
 
+#include "Utf8.h"
 #include "XError.h"
+
+#include <string>
+#include <string_view>
 
 ITypeDescription* CAuthTokenDINO::ms_piType = nullptr;
 
@@ -23,8 +28,21 @@ CRef<IAuthToken> s_clJetonDepuisReponse(const void* p, size_t n, IOAuth2Parametr
     if (!clServeur.bAffecte(p, n))
         return {};
     _CXErrorModule60 clErreur;
-    return CRef<IAuthToken>::Retain(
+    auto clToken = CRef<IAuthToken>::Retain(
         CAuthToken::s_pclCreateTokenOAuth2(clServeur, piParametres, &clErreur));
+    // A token given straight in the browser's return was kept with that return, which is no
+    // token answer: read it back from there, or it would come back without its access token.
+    stInfoResHTTP stInfo;
+    const std::string_view svTexte = clServeur.sv().substr(0, clServeur.sv().find('\0'));
+    if (clToken && clToken->vpiGetOAuth2Token()->vczGetAccessToken().bVide() &&
+        svTexte.starts_with("GET ") &&
+        CInterfGGLCnx::s_bExtraitInfoResHTTP(KVUtf8::VersWide(svTexte).c_str(), stInfo) &&
+        !stInfo.m_sAccessToken.bVide()) {
+        const std::wstring sTexte = KVUtf8::VersWide(svTexte);
+        clToken = CRef<IAuthToken>::Retain(CAuthToken::s_pclCreateTokenOAuth2(
+            stInfo.m_sAccessToken, stInfo.m_sTokenType, sTexte.c_str(), piParametres, &clErreur));
+    }
+    return clToken;
 }
 
 } // namespace

@@ -71,6 +71,8 @@ for _, road in ipairs(roads) do
         assert(#code > 0)
     end
     if road.what == "code road" then saved_code_token = token end
+    local again = kvggl.check(kvggl.deserialize("AuthToken", kvggl.check(kvggl.serialize(token))))
+    W.eq(again.Valeur, token.Valeur, road.what .. ": saved and restored")
 end
 
 -- Saved, and restored in a state that knows only the text; the restored token opens the
