@@ -31,7 +31,12 @@ bool bPosteFormulaire(IHTTP* piHTTP, const wchar_t* pszURL, std::wstring_view sv
             pclErreur->SetErrorNoMemory();
         return false;
     }
-    // The token endpoint gets no bearer, and the exchange is not tied to the script's VM.
+    // The token endpoint gets no bearer.
+    return bEchangeHTTP(piHTTP, clParametres, stReponse, pclErreur);
+}
+
+bool bEchangeHTTP(IHTTP* piHTTP, CParametresHTTPRequete& clParametres,
+                  STReponseFormulaire& stReponse, CXError* pclErreur) {
     if (!piHTTP->vbExecute(clParametres, 0)) {
         s_CopieErreurHote(piHTTP, pclErreur);
         return false;

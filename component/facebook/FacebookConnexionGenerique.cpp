@@ -2,6 +2,7 @@
 
 #include "connection/InterfGGLCnx.h"
 #include "connection/PersistanceConnexion.h"
+#include "connection/PosteFormulaire.h"
 #include "connection/VisiteurJSONGetToken.h"
 #include "foundation/KLANYArray.h"
 #include "foundation/LooseCompare.h"
@@ -29,11 +30,6 @@ namespace {
 constexpr int knProduitSansEchange = 30;
 // The row of FBOuvreSession in the function table, whose name the dialogue shows.
 constexpr int knFonctionOuvreSession = 96;
-
-void s_CopieErreurHote(IHTTP* piHTTP, CXError* pclErreur) {
-    if (CXError* pclHote = piHTTP->vpiGetErreur())
-        pclErreur->Copy(pclHote);
-}
 
 // The text of the members of given names (compared without regard to case) in the object
 // whose element is walked; nested objects and arrays are passed over.
@@ -230,22 +226,11 @@ bool CFaceBookConnexionGenerique::_bGetGraph(const std::wstring& sChemin, int& n
     CParametresHTTPRequete clParametres;
     clParametres.m_sURL = CXYString<wchar_t>((std::wstring(gszFacebookGraph) + sChemin).c_str());
     clParametres.m_nMethode = METHODE_HTTP_GET;
-    if (!piHTTP->vbExecute(clParametres, 0)) {
-        s_CopieErreurHote(piHTTP, pclErreur);
+    STReponseFormulaire stReponse;
+    if (!bEchangeHTTP(piHTTP, clParametres, stReponse, pclErreur))
         return false;
-    }
-    CAny clStatut;
-    CAny clCorps;
-    if (!piHTTP->vbDonneResultat(clStatut, RESULTAT_HTTP_CODE) ||
-        !piHTTP->vbDonneResultat(clCorps, RESULTAT_HTTP_MESSAGE)) {
-        s_CopieErreurHote(piHTTP, pclErreur);
-        return false;
-    }
-    nStatut = 0;
-    (void)clStatut.nGetINT(&nStatut);
-    CHTTPResponse clReponse;
-    clReponse.SetMessage(clCorps);
-    (void)clReponse.bGetMessage(sCorps);
+    nStatut = stReponse.nStatut;
+    sCorps = CXYString<char>(stReponse.clCorps.sv());
     return true;
 }
 
