@@ -99,6 +99,17 @@ bool s_bColour(std::string_view sv, uint32_t& dw, uint8_t* pbyAlpha) {
     return true;
 }
 
+// A style item "key:value" of markers or a path, which a place is not (a place may hold a colon
+// only as an address, never as coordinates).
+bool s_bStyle(std::string_view sv, std::string_view& svKey, std::string_view& svValue) {
+    const size_t nColon = sv.find(':');
+    if (nColon == std::string_view::npos || s_oLatLng(sv))
+        return false;
+    svKey = sv.substr(0, nColon);
+    svValue = sv.substr(nColon + 1);
+    return true;
+}
+
 void s_WriteImageError(STResponse& res, int nStatus, std::string_view svWhy) {
     res.SetBody(nStatus, "text/plain; charset=UTF-8", std::string(s_svRejected) + std::string(svWhy));
 }
@@ -369,9 +380,8 @@ void CGoogleMaps::StaticMap(const STRequest& req, STResponse& res) {
         if (f.sName == "markers") {
             STMapMarker style;
             for (std::string_view sv : s_tabSplit(f.sValue, '|')) {
-                const size_t nColon = sv.find(':');
-                if (nColon != std::string_view::npos && !s_oLatLng(sv)) {
-                    std::string_view svKey = sv.substr(0, nColon), svValue = sv.substr(nColon + 1);
+                std::string_view svKey, svValue;
+                if (s_bStyle(sv, svKey, svValue)) {
                     if (svKey == "size") {
                         static const std::pair<std::string_view, int> tabSizes[] = {
                             {"", 12}, {"normal", 12}, {"mid", 9}, {"small", 7}, {"tiny", 4}};
@@ -403,9 +413,8 @@ void CGoogleMaps::StaticMap(const STRequest& req, STResponse& res) {
         } else if (f.sName == "path") {
             STMapPath path;
             for (std::string_view sv : s_tabSplit(f.sValue, '|')) {
-                const size_t nColon = sv.find(':');
-                if (nColon != std::string_view::npos && !s_oLatLng(sv)) {
-                    std::string_view svKey = sv.substr(0, nColon), svValue = sv.substr(nColon + 1);
+                std::string_view svKey, svValue;
+                if (s_bStyle(sv, svKey, svValue)) {
                     if (svKey == "color") {
                         if (!s_bColour(svValue, path.dwColour, &path.byAlpha))
                             return Invalid("path");

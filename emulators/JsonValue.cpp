@@ -1,5 +1,6 @@
 #include "JsonValue.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <simdjson.h>
@@ -208,9 +209,11 @@ void CJsonValue::Serialize(std::string& sOut) const {
         } else if (!std::isfinite(m_dNumber)) {
             sOut += "null"; // JSON has no infinities
         } else {
+            // The shortest text that reads back the same number, as the services write theirs
+            // (48.8584, not 48.858400000000003).
             char sz[32];
-            std::snprintf(sz, sizeof sz, "%.17g", m_dNumber);
-            sOut += sz;
+            auto [p, ec] = std::to_chars(sz, sz + sizeof sz, m_dNumber);
+            sOut.append(sz, ec == std::errc() ? p : sz);
         }
         break;
     case eString:

@@ -7,10 +7,12 @@
 --   terminal 1:  ./kvggl emulators --port 0
 --   terminal 2:  export KVGGL_ROUTE='*=127.0.0.1:PORT' KVGGL_GOOGLE_API_KEY=demo-key
 --                ./kvggl run examples/maps.lua [FILE]
--- The image goes to FILE, else to the file KVGGL_MAP_FILE names, else to map.png here.
+-- The image goes to FILE, else to the file KVGGL_MAP_FILE names, else to kvggl-map.png in the
+-- temporary folder.
 local kvggl = require "kvggl"
 
-local file = arg[1] or os.getenv("KVGGL_MAP_FILE") or "map.png"
+local file = arg and arg[1] or os.getenv("KVGGL_MAP_FILE") or
+             (os.getenv("TMPDIR") or "/tmp") .. "/kvggl-map.png"
 local c = kvggl.gglConnexion()
 
 local places = {}

@@ -115,12 +115,15 @@ void s_ErreurService(unsigned nCode, const wchar_t* pszStatut, const CHTTPRespon
 // ---- the map ----------------------------------------------------------------------------
 
 struct STCarte {
+    STCarte(int nLargeurImage, int nHauteurImage, int nZoomCarte, CGoogleParametre* pcl)
+        : nLargeur(nLargeurImage), nHauteur(nHauteurImage), nZoom(nZoomCarte), pclParametres(pcl) {}
+
     std::wstring sCentre; // already encoded; empty: framed by the parameters
     const CGooglePoint* pclCentre = nullptr; // a centre with coordinates, for the visible zone
-    int nLargeur = 0;
-    int nHauteur = 0;
-    int nZoom = CGoogleConnexion::knZoomCarteAucun;
-    CGoogleParametre* pclParametres = nullptr;
+    int nLargeur;
+    int nHauteur;
+    int nZoom;
+    CGoogleParametre* pclParametres;
 };
 
 CKLMemoImage s_clCarte(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx, CXError* pclErreur,
@@ -248,13 +251,9 @@ CKLMemoImage CGoogleConnexion::GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclEr
         pcl->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
         return {};
     }
-    STCarte st;
+    STCarte st(nLargeur, nHauteur, nZoom, pclParametres);
     st.sCentre = static_cast<const wchar_t*>(*pclCentre); // digits, a dot, a comma
     st.pclCentre = pclCentre;
-    st.nLargeur = nLargeur;
-    st.nHauteur = nHauteur;
-    st.nZoom = nZoom;
-    st.pclParametres = pclParametres;
     return s_clCarte(*this, pclCtx, pcl, st);
 }
 
@@ -264,17 +263,13 @@ CKLMemoImage CGoogleConnexion::GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclEr
                                                 CGoogleParametre* pclParametres) {
     _CXErrorModule60 clLocale;
     CXError* pcl = s_pclErreur(pclErreur, clLocale);
-    STCarte st;
+    STCarte st(nLargeur, nHauteur, nZoom, pclParametres);
     if (!pszAdresse || !*pszAdresse) {
         pcl->SetUserError(&gstMyModuleInfo60, knErreurAdresseInconnue, L"");
         return {};
     }
     if (!s_bEncode(CCtxInfo::s_piGetVM(pclCtx), pcl, pszAdresse, st.sCentre))
         return {};
-    st.nLargeur = nLargeur;
-    st.nHauteur = nHauteur;
-    st.nZoom = nZoom;
-    st.pclParametres = pclParametres;
     return s_clCarte(*this, pclCtx, pcl, st);
 }
 
@@ -288,12 +283,7 @@ CKLMemoImage CGoogleConnexion::GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclEr
                           nZoom == knZoomCarteAucun ? 4 : 5);
         return {};
     }
-    STCarte st;
-    st.nLargeur = nLargeur;
-    st.nHauteur = nHauteur;
-    st.nZoom = nZoom;
-    st.pclParametres = pclParametres;
-    return s_clCarte(*this, pclCtx, pcl, st);
+    return s_clCarte(*this, pclCtx, pcl, STCarte(nLargeur, nHauteur, nZoom, pclParametres));
 }
 
 IObjetBase* CGoogleConnexion::GglAdresseVersCoordonnees(CCtxInfo* pclCtx, CXError* pclErreur,

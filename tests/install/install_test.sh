@@ -5,7 +5,8 @@
 set -eu
 build=$1
 prefix=$(mktemp -d)
-trap 'rm -rf "$prefix"' EXIT
+emulators=""
+trap '[ -z "$emulators" ] || kill "$emulators"; rm -rf "$prefix"' EXIT
 cmake --install "$build" --prefix "$prefix" >/dev/null
 if [ "$2" = ON ]; then
     # The stock interpreter loading instrumented code needs the sanitizers' runtimes first.
@@ -48,6 +49,7 @@ done <<'CASES'
 GglRequete|0|buffer (connection: gglConnexion, service: int, url: text, body: text, method: int)
 gglrequete|0|method       gglRequeteGET (default)
 GglListeContact|0|not built yet
+GglRecupereCarte|0|image (connection: gglConnexion, address: text, width: int, height: int)
 GglAdWListeCampagne|0|registered without a handler
 gglParametreCarte|0|Echelle        Pixels per map point
 GglNoSuchThing|1|describe: no such name 'GglNoSuchThing'

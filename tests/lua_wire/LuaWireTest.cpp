@@ -472,10 +472,8 @@ TEST(Wire, LeTourDesCartesEcritSonImage) {
     const std::string sFichier = testing::TempDir() + "kvggl-tour-map.png";
     std::remove(sFichier.c_str());
     setenv("KVGGL_MAP_FILE", sFichier.c_str(), 1);
-    setenv("KVGGL_GOOGLE_API_KEY", "demo-key", 1);
     s_Run(std::string(KVGGL_EXAMPLES) + "/maps.lua");
     unsetenv("KVGGL_MAP_FILE");
-    unsetenv("KVGGL_GOOGLE_API_KEY");
 
     std::ifstream in(sFichier, std::ios::binary);
     const std::string sOctets((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
