@@ -4,6 +4,7 @@
 #include "GoogleAccounts.h"
 #include "GoogleApis.h"
 #include "GoogleCalendar.h"
+#include "GoogleDrive.h"
 #include "GoogleMaps.h"
 #include "OAuthProvider.h"
 
@@ -12,6 +13,8 @@ const STServiceRow s_tabRows[] = {
     {"accounts.google.com", "", &CGoogleAccounts::s_pCreate},
     {"www.googleapis.com", "", &CGoogleApis::s_pCreate},
     {"www.googleapis.com", "/calendar/v3/", &CGoogleCalendar::s_pCreate},
+    {"www.googleapis.com", "/drive/v2/", &CGoogleDrive::s_pCreate},
+    {"www.googleapis.com", "/upload/drive/v2/", &CGoogleDrive::s_pCreate},
     {"maps.googleapis.com", "", &CGoogleMaps::s_pCreate},
     {"oauth.provider.test", "", &COAuthProvider::s_pCreate},
     {"www.facebook.com", "", &CFacebookDialogue::s_pCreate},

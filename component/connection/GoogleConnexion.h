@@ -12,6 +12,7 @@
 #include "frame/ObjetComposante.h"
 
 #include "Arrays.h"
+#include "ManipAUB.h"
 #include "MemoImage.h"
 #include "XYString.h"
 
@@ -20,6 +21,7 @@
 class CCtxInfo;
 class CDateTime;
 class CGoogleAgenda;
+class CGoogleDocument;
 class CGoogleParametre;
 class CGooglePoint;
 class CKLANYArray;
@@ -100,6 +102,37 @@ public:
         return GglRequete(pclCtx, pclErreur, nBit, pszURL, pszCorps, knGglRequeteGET);
     }
     static constexpr int knGglRequeteGET = 1;
+
+    // ---- documents (documents/F_DocumentsList.cpp)
+    // The Drive files of the types of the mask (1 text documents, 4 presentations, 2
+    // spreadsheets, 8 starred only), in the folders of that name, matching the script's own
+    // query text; the first page of the reply. An empty array when no folder has that name.
+    IKLTableau* GglListeDocument(CCtxInfo* pclCtx, CXError* pclErreur, int nType,
+                                 const wchar_t* pszDossier, const wchar_t* pszRequete);
+    IKLTableau* GglListeDocument(CCtxInfo* pclCtx, CXError* pclErreur) {
+        return GglListeDocument(pclCtx, pclErreur, 0, nullptr, nullptr);
+    }
+    IKLTableau* GglListeDocument(CCtxInfo* pclCtx, CXError* pclErreur, int nType) {
+        return GglListeDocument(pclCtx, pclErreur, nType, nullptr, nullptr);
+    }
+    IKLTableau* GglListeDocument(CCtxInfo* pclCtx, CXError* pclErreur, int nType,
+                                 const wchar_t* pszDossier) {
+        return GglListeDocument(pclCtx, pclErreur, nType, pszDossier, nullptr);
+    }
+    IKLTableau* GglListeDocument(CCtxInfo* pclCtx, CXError* pclErreur, const wchar_t* pszRequete) {
+        return GglListeDocument(pclCtx, pclErreur, 0, L"", pszRequete);
+    }
+    // Sends a disk file whole, in one resumable session (its start, then one PUT); the two
+    // texts of the longer form are taken and not used.
+    bool GglEnvoieDocument(CCtxInfo* pclCtx, CXError* pclErreur, STManipAUB stFichier,
+                           CXYString<wchar_t> sInutile1, CXYString<wchar_t> sInutile2);
+    bool GglEnvoieDocument(CCtxInfo* pclCtx, CXError* pclErreur, STManipAUB stFichier) {
+        return GglEnvoieDocument(pclCtx, pclErreur, stFichier, {}, {});
+    }
+    // Writes a listed document's bytes to a file, its directories made as needed.
+    bool GglRecupereDocument(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleDocument* pclDocument,
+                             CXYString<wchar_t> sFichier);
+    bool GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleDocument* pclDocument);
 
     // ---- calendar (calendar/F_Agenda.cpp)
     // The user's calendars, at most 250; nOption 1 keeps those the user owns.

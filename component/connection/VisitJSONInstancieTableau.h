@@ -3,6 +3,8 @@
 // CVisiteurJSONSetPropriete side. The visitor holds one reference on each object it made
 // until it ends; a caller that keeps objects takes references of its own, or the whole array.
 #pragma once
+#include "connection/VisiteurJSONSetPropriete.h"
+
 #include "Arrays.h"
 #include "JSONService.h"
 #include "Ref.h"
