@@ -80,7 +80,7 @@ for _, case in ipairs({{"Bilan.pdf", pdf}, {"Vide.pdf", ""}}) do
     W.eq(W.header(log[1], "X-Upload-Content-Type"), "application/pdf", name .. ": announced type")
     W.eq(W.header(log[1], "X-Upload-Content-Length"), tostring(#bytes), name .. ": announced length")
     W.eq(log[1].body, '{"title":"' .. name .. '"}', name .. ": the title")
-    W.match(log[2].target, "^/upload/drive/v2/files%?uploadType=resumable&upload_id=%w+$", name .. ": the session's address")
+    W.match(log[2].target, "^/upload/drive/v2/files%?uploadType=resumable&upload_id=[%w%-_]+$", name .. ": the session's address")
     W.eq(W.header(log[2], "Content-Type"), "application/pdf", name .. ": data type")
     W.eq(W.header(log[2], "Content-Length"), tostring(#bytes), name .. ": data length")
     W.eq(log[2].body or "", bytes, name .. ": the bytes")
