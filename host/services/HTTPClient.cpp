@@ -1,5 +1,6 @@
 #include "HTTPClient.h"
 
+#include "HostBarrier.h"
 #include "Any.h"
 #include "HTTPHeaders.h"
 #include "HostErrors.h"
@@ -68,9 +69,19 @@ struct STTransfer {
     bool bLastUpload = false;
 };
 
-size_t s_nOnHeader(char* p, size_t nSize, size_t nCount, void* pv) {
-    auto* pst = static_cast<STTransfer*>(pv);
-    size_t nBytes = nSize * nCount;
+// libcurl is C: an exception must not unwind through it, which would leave the handle and the
+// shared connection cache half-way through a transfer. A callback that runs out of memory marks
+// the transfer and stops it (a short count stops a write; non-zero stops progress).
+template <class R, class F> R s_rNoThrow(STTransfer* pst, R rStop, F&& f) noexcept {
+    try {
+        return f();
+    } catch (...) {
+        pst->bNoMemory = true; // std::string and CKLBIN fail only for want of memory
+        return rStop;
+    }
+}
+
+size_t s_nAppendHeader(STTransfer* pst, char* p, size_t nBytes) {
     std::string_view sv(p, nBytes);
     // Each status line starts a head again: an interim 1xx or a proxy's answer to CONNECT
     // comes before the one that matters.
@@ -81,6 +92,11 @@ size_t s_nOnHeader(char* p, size_t nSize, size_t nCount, void* pv) {
     if (!sv.empty())
         pst->sHead.append(sv).append("\r\n");
     return nBytes;
+}
+
+size_t s_nOnHeader(char* p, size_t nSize, size_t nCount, void* pv) {
+    auto* pst = static_cast<STTransfer*>(pv);
+    return s_rNoThrow(pst, size_t{0}, [&] { return s_nAppendHeader(pst, p, nSize * nCount); });
 }
 
 size_t s_nOnBody(char* p, size_t nSize, size_t nCount, void* pv) {
@@ -144,9 +160,8 @@ void s_ShowProgress(STTransfer& st, bool bEnd) {
     (void)n;
 }
 
-int s_nProgress(void* pv, curl_off_t nDownTotal, curl_off_t nDown, curl_off_t nUpTotal,
-                curl_off_t nSent) {
-    auto* pst = static_cast<STTransfer*>(pv);
+int s_nShowProgress(STTransfer* pst, curl_off_t nDownTotal, curl_off_t nDown, curl_off_t nUpTotal,
+                    curl_off_t nSent) {
     curl_off_t nLargest = std::max({nDownTotal, nDown, nUpTotal});
     if (nLargest <= STHostOptions::knProgressThreshold)
         return 0;
@@ -160,6 +175,13 @@ int s_nProgress(void* pv, curl_off_t nDownTotal, curl_off_t nDown, curl_off_t nU
     pst->bProgressShown = true;
     s_ShowProgress(*pst, false);
     return 0;
+}
+
+int s_nProgress(void* pv, curl_off_t nDownTotal, curl_off_t nDown, curl_off_t nUpTotal,
+                curl_off_t nSent) {
+    auto* pst = static_cast<STTransfer*>(pv);
+    return s_rNoThrow(pst, 1,
+                      [&] { return s_nShowProgress(pst, nDownTotal, nDown, nUpTotal, nSent); });
 }
 
 std::string s_sSeconds(long nMs) {
@@ -276,10 +298,11 @@ struct STStringWriter final : pugi::xml_writer {
 // ---------------------------------------------------------------------------------------------
 
 CHTTPClient::CHTTPClient(const STHostOptions& stOptions) : m_stOptions(stOptions) {
-    std::call_once(gOnceCurl, s_InitCurl);
-    m_pCurl = curl_easy_init();
     if (!m_clRouting.bParse(m_stOptions.sRoute, m_sRouteError) && m_sRouteError.empty())
         m_sRouteError = "KVGGL_ROUTE cannot be read";
+    // Last, once nothing can throw: a constructor that throws runs no destructor.
+    std::call_once(gOnceCurl, s_InitCurl);
+    m_pCurl = curl_easy_init();
 }
 
 CHTTPClient::~CHTTPClient() {
@@ -306,7 +329,8 @@ void CHTTPClient::vSetVM(IVM* piVM, int /*nOption*/) {
 }
 
 IEntetesHTTP* CHTTPClient::vpiCreeEntetes() {
-    return new CHTTPHeaders();
+    return KVHost::Guard(&m_clError, static_cast<IEntetesHTTP*>(nullptr),
+                         [&]() -> IEntetesHTTP* { return new CHTTPHeaders(); });
 }
 
 void CHTTPClient::_ClearAnswer() {
@@ -317,111 +341,116 @@ void CHTTPClient::_ClearAnswer() {
 }
 
 int CHTTPClient::vbDonneResultat(CAny& clValeur, int nGenre) {
-    std::lock_guard guard(m_mutex);
-    if (!m_bAnswer) {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_NO_ANSWER,
-                         "No HTTP answer is held: the last exchange failed or none was made");
-        return 0;
-    }
-    switch (nGenre) {
-    case RESULTAT_HTTP_ENTETE: {
-        CXYString<wchar_t> s;
-        if (!KV_bSucces(KVUtf8::nVersWide(m_sHead, s))) {
-            m_clError.SetErrorNoMemory();
+    return KVHost::Guard(&m_clError, 0, [&]() -> int {
+        std::lock_guard guard(m_mutex);
+        if (!m_bAnswer) {
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_NO_ANSWER,
+                             "No HTTP answer is held: the last exchange failed or none was made");
             return 0;
         }
-        clValeur.SetString(s);
-        break;
-    }
-    case RESULTAT_HTTP_MESSAGE:
-        clValeur.SetBinary(m_clBody);
-        break;
-    case RESULTAT_HTTP_CODE:
-        clValeur.SetInt(static_cast<int>(m_nStatus));
-        break;
-    default:
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_NO_ANSWER,
-                         "HTTP result kind " + std::to_string(nGenre) +
-                             " is not one the service gives (1 head, 2 body, 3 status)");
-        return 0;
-    }
-    m_clError.RAZ();
-    return 1;
+        switch (nGenre) {
+        case RESULTAT_HTTP_ENTETE: {
+            CXYString<wchar_t> s;
+            if (!KV_bSucces(KVUtf8::nVersWide(m_sHead, s))) {
+                m_clError.SetErrorNoMemory();
+                return 0;
+            }
+            clValeur.SetString(s);
+            break;
+        }
+        case RESULTAT_HTTP_MESSAGE:
+            clValeur.SetBinary(m_clBody);
+            break;
+        case RESULTAT_HTTP_CODE:
+            clValeur.SetInt(static_cast<int>(m_nStatus));
+            break;
+        default:
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_NO_ANSWER,
+                             "HTTP result kind " + std::to_string(nGenre) +
+                                 " is not one the service gives (1 head, 2 body, 3 status)");
+            return 0;
+        }
+        m_clError.RAZ();
+        return 1;
+    });
 }
 
 int CHTTPClient::vbExecute(CParametresHTTPRequete& clRequest, int /*nOption*/) {
-    std::lock_guard guard(m_mutex);
-    m_clError.RAZ();
-    _ClearAnswer();
+    return KVHost::Guard(&m_clError, 0, [&]() -> int {
+        std::lock_guard guard(m_mutex);
+        m_clError.RAZ();
+        _ClearAnswer();
 
-    if (clRequest.m_nVersion != CParametresHTTPRequete::knVersion) {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                         "The HTTP request record is of version " +
-                             std::to_string(clRequest.m_nVersion) + "; the service reads version " +
-                             std::to_string(CParametresHTTPRequete::knVersion));
-        return 0;
-    }
-    STRequest st;
-    bool bVerbHasBody = false;
-    switch (clRequest.m_nMethode) {
-    case METHODE_HTTP_GET:
-        st.pszVerb = "GET";
-        break;
-    case METHODE_HTTP_POST:
-        st.pszVerb = "POST";
-        bVerbHasBody = true;
-        break;
-    case METHODE_HTTP_PUT:
-        st.pszVerb = "PUT";
-        bVerbHasBody = true;
-        break;
-    case METHODE_HTTP_DELETE:
-        st.pszVerb = "DELETE";
-        break;
-    case METHODE_HTTP_PATCH:
-        st.pszVerb = "PATCH";
-        bVerbHasBody = true;
-        break;
-    default:
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                         "HTTP method " + std::to_string(clRequest.m_nMethode) +
-                             " is not one the service sends (1 GET, 2 POST, 3 PUT, 4 DELETE, "
-                             "6 PATCH)");
-        return 0;
-    }
-    st.sUrl = KVUtf8::VersUtf8(clRequest.m_sURL.sv());
-
-    if (IEntetesHTTP* piHeaders = clRequest.m_piEntetes) {
-        int nCount = piHeaders->vnGetNbEntete();
-        for (int i = 0; i < nCount; ++i) {
-            std::string sName = KVUtf8::VersUtf8(piHeaders->vpszGetNom(i));
-            std::string sValue = KVUtf8::VersUtf8(piHeaders->vpszGetValeur(i));
-            if (!s_bValidHeaderName(sName) || !s_bValidHeaderValue(sValue)) {
-                KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                                 "The request header '" + sName.substr(0, 64) +
-                                     "' cannot be sent: its name must be an HTTP token and its "
-                                     "value may not hold a line break");
-                return 0;
-            }
-            st.tabHeaders.push_back(s_sHeaderLine(sName, sValue));
-        }
-    }
-
-    st.pBody = clRequest.m_clCorps.pGetDonnees();
-    st.nBody = clRequest.m_clCorps.nGetTaille();
-    st.bSendBody = bVerbHasBody || st.nBody > 0;
-    if (st.bSendBody && !s_bHasHeader(st.tabHeaders, "Content-Type")) {
-        std::string sType = KVUtf8::VersUtf8(clRequest.m_sTypeContenu.sv());
-        if (!s_bValidHeaderValue(sType)) {
+        if (clRequest.m_nVersion != CParametresHTTPRequete::knVersion) {
             KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                             "The content type of the request holds a line break");
+                             "The HTTP request record is of version " +
+                                 std::to_string(clRequest.m_nVersion) +
+                                 "; the service reads version " +
+                                 std::to_string(CParametresHTTPRequete::knVersion));
             return 0;
         }
-        // An empty type removes the one libcurl would add for a body.
-        st.tabHeaders.push_back(sType.empty() ? std::string("Content-Type:")
-                                              : "Content-Type: " + sType);
-    }
-    return _bExchange(st) ? 1 : 0;
+        STRequest st;
+        bool bVerbHasBody = false;
+        switch (clRequest.m_nMethode) {
+        case METHODE_HTTP_GET:
+            st.pszVerb = "GET";
+            break;
+        case METHODE_HTTP_POST:
+            st.pszVerb = "POST";
+            bVerbHasBody = true;
+            break;
+        case METHODE_HTTP_PUT:
+            st.pszVerb = "PUT";
+            bVerbHasBody = true;
+            break;
+        case METHODE_HTTP_DELETE:
+            st.pszVerb = "DELETE";
+            break;
+        case METHODE_HTTP_PATCH:
+            st.pszVerb = "PATCH";
+            bVerbHasBody = true;
+            break;
+        default:
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
+                             "HTTP method " + std::to_string(clRequest.m_nMethode) +
+                                 " is not one the service sends (1 GET, 2 POST, 3 PUT, 4 DELETE, "
+                                 "6 PATCH)");
+            return 0;
+        }
+        st.sUrl = KVUtf8::VersUtf8(clRequest.m_sURL.sv());
+
+        if (IEntetesHTTP* piHeaders = clRequest.m_piEntetes) {
+            int nCount = piHeaders->vnGetNbEntete();
+            for (int i = 0; i < nCount; ++i) {
+                std::string sName = KVUtf8::VersUtf8(piHeaders->vpszGetNom(i));
+                std::string sValue = KVUtf8::VersUtf8(piHeaders->vpszGetValeur(i));
+                if (!s_bValidHeaderName(sName) || !s_bValidHeaderValue(sValue)) {
+                    KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
+                                     "The request header '" + sName.substr(0, 64) +
+                                         "' cannot be sent: its name must be an HTTP token and its "
+                                         "value may not hold a line break");
+                    return 0;
+                }
+                st.tabHeaders.push_back(s_sHeaderLine(sName, sValue));
+            }
+        }
+
+        st.pBody = clRequest.m_clCorps.pGetDonnees();
+        st.nBody = clRequest.m_clCorps.nGetTaille();
+        st.bSendBody = bVerbHasBody || st.nBody > 0;
+        if (st.bSendBody && !s_bHasHeader(st.tabHeaders, "Content-Type")) {
+            std::string sType = KVUtf8::VersUtf8(clRequest.m_sTypeContenu.sv());
+            if (!s_bValidHeaderValue(sType)) {
+                KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
+                                 "The content type of the request holds a line break");
+                return 0;
+            }
+            // An empty type removes the one libcurl would add for a body.
+            st.tabHeaders.push_back(sType.empty() ? std::string("Content-Type:")
+                                                  : "Content-Type: " + sType);
+        }
+        return _bExchange(st) ? 1 : 0;
+    });
 }
 
 bool CHTTPClient::_bExchange(const STRequest& stRequest) {
@@ -539,6 +568,11 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
                           curl_easy_strerror(eCode) + ")" +
                           (szError[0] ? std::string(": ") + szError : std::string()) + "; URL " +
                           sUrl.substr(0, 300);
+    if (eCode != CURLE_OK && stTransfer.bNoMemory) {
+        m_nRedirects = 0;
+        m_clError.SetErrorNoMemory();
+        return false;
+    }
     if (eCode != CURLE_OK) {
         m_nRedirects = 0;
         std::string sWhat = szError[0] ? szError : curl_easy_strerror(eCode);
@@ -691,179 +725,192 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
 
 int CHTTPClient::vbSoapExecute(const wchar_t* pszURL, const STManipAUB& stEnveloppe,
                                const wchar_t* pszActionSOAP) {
-    std::lock_guard guard(m_mutex);
-    m_clError.RAZ();
-    _ClearAnswer();
-    m_bSoapReply = false;
-    m_clSoapReply = CKLBIN();
-    m_bFault = false;
-    m_sFaultCode.clear();
-    m_sFaultString.clear();
+    return KVHost::Guard(&m_clError, 0, [&]() -> int {
+        std::lock_guard guard(m_mutex);
+        m_clError.RAZ();
+        _ClearAnswer();
+        m_bSoapReply = false;
+        m_clSoapReply = CKLBIN();
+        m_bFault = false;
+        m_sFaultCode.clear();
+        m_sFaultString.clear();
 
-    std::string sEnvelope;
-    if (stEnveloppe.nType == 16) {
-        sEnvelope = KVUtf8::VersUtf8(
-            std::wstring_view(static_cast<const wchar_t*>(stEnveloppe.pGetDonnees()),
-                              stEnveloppe.nGetTaille() / sizeof(wchar_t)));
-    } else if (stEnveloppe.nType == 19 || stEnveloppe.nType == 28) {
-        sEnvelope.assign(stEnveloppe.svOctets());
-    } else {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                         "The SOAP envelope is of type " + std::to_string(stEnveloppe.nType) +
-                             "; text (16, 19) or bytes (28) are expected");
-        return 0;
-    }
-    if (stEnveloppe.nGetTaille() > 0 && !stEnveloppe.pGetDonnees()) {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST, "The SOAP envelope is missing");
-        return 0;
-    }
-
-    if (!m_tabSoapHeaders.empty()) {
-        pugi::xml_document doc;
-        pugi::xml_parse_result r =
-            doc.load_buffer(sEnvelope.data(), sEnvelope.size(),
-                            pugi::parse_default | pugi::parse_declaration | pugi::parse_comments |
-                                pugi::parse_pi | pugi::parse_ws_pcdata,
-                            pugi::encoding_utf8);
-        pugi::xml_node nEnvelope = doc.document_element();
-        if (!r || std::strcmp(s_pszLocal(nEnvelope.name()), "Envelope") != 0) {
+        std::string sEnvelope;
+        if (stEnveloppe.nType == 16) {
+            sEnvelope = KVUtf8::VersUtf8(
+                std::wstring_view(static_cast<const wchar_t*>(stEnveloppe.pGetDonnees()),
+                                  stEnveloppe.nGetTaille() / sizeof(wchar_t)));
+        } else if (stEnveloppe.nType == 19 || stEnveloppe.nType == 28) {
+            sEnvelope.assign(stEnveloppe.svOctets());
+        } else {
             KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                             std::string("The SOAP envelope cannot take the added headers: ") +
-                                 (r ? "its root is not an Envelope" : r.description()));
+                             "The SOAP envelope is of type " + std::to_string(stEnveloppe.nType) +
+                                 "; text (16, 19) or bytes (28) are expected");
             return 0;
         }
-        std::string sPrefix(nEnvelope.name(),
-                            static_cast<size_t>(s_pszLocal(nEnvelope.name()) - nEnvelope.name()));
-        pugi::xml_node nHeader = s_ChildByLocalName(nEnvelope, "Header");
-        if (!nHeader) {
-            std::string sName = sPrefix + "Header";
-            pugi::xml_node nBodyNode = s_ChildByLocalName(nEnvelope, "Body");
-            nHeader = nBodyNode ? nEnvelope.insert_child_before(sName.c_str(), nBodyNode)
-                                : nEnvelope.append_child(sName.c_str());
+        if (stEnveloppe.nGetTaille() > 0 && !stEnveloppe.pGetDonnees()) {
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST, "The SOAP envelope is missing");
+            return 0;
         }
-        for (const STSoapHeader& st : m_tabSoapHeaders) {
-            pugi::xml_node n = nHeader.append_child(st.sName.c_str());
-            if (!st.sNamespace.empty()) {
-                size_t nColon = st.sName.find(':');
-                std::string sAttribute =
-                    nColon == std::string::npos ? "xmlns" : "xmlns:" + st.sName.substr(0, nColon);
-                n.append_attribute(sAttribute.c_str()).set_value(st.sNamespace.c_str());
+
+        if (!m_tabSoapHeaders.empty()) {
+            pugi::xml_document doc;
+            pugi::xml_parse_result r =
+                doc.load_buffer(sEnvelope.data(), sEnvelope.size(),
+                                pugi::parse_default | pugi::parse_declaration |
+                                    pugi::parse_comments | pugi::parse_pi | pugi::parse_ws_pcdata,
+                                pugi::encoding_utf8);
+            pugi::xml_node nEnvelope = doc.document_element();
+            if (!r || std::strcmp(s_pszLocal(nEnvelope.name()), "Envelope") != 0) {
+                KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
+                                 std::string("The SOAP envelope cannot take the added headers: ") +
+                                     (r ? "its root is not an Envelope" : r.description()));
+                return 0;
             }
-            if (st.bMustUnderstand)
-                n.append_attribute((sPrefix + "mustUnderstand").c_str()).set_value("1");
-            n.text().set(st.sValue.c_str());
+            std::string sPrefix(nEnvelope.name(), static_cast<size_t>(s_pszLocal(nEnvelope.name()) -
+                                                                      nEnvelope.name()));
+            pugi::xml_node nHeader = s_ChildByLocalName(nEnvelope, "Header");
+            if (!nHeader) {
+                std::string sName = sPrefix + "Header";
+                pugi::xml_node nBodyNode = s_ChildByLocalName(nEnvelope, "Body");
+                nHeader = nBodyNode ? nEnvelope.insert_child_before(sName.c_str(), nBodyNode)
+                                    : nEnvelope.append_child(sName.c_str());
+            }
+            for (const STSoapHeader& st : m_tabSoapHeaders) {
+                pugi::xml_node n = nHeader.append_child(st.sName.c_str());
+                if (!st.sNamespace.empty()) {
+                    size_t nColon = st.sName.find(':');
+                    std::string sAttribute = nColon == std::string::npos
+                                                 ? "xmlns"
+                                                 : "xmlns:" + st.sName.substr(0, nColon);
+                    n.append_attribute(sAttribute.c_str()).set_value(st.sNamespace.c_str());
+                }
+                if (st.bMustUnderstand)
+                    n.append_attribute((sPrefix + "mustUnderstand").c_str()).set_value("1");
+                n.text().set(st.sValue.c_str());
+            }
+            STStringWriter clWriter;
+            doc.save(clWriter, "", pugi::format_raw | pugi::format_no_declaration,
+                     pugi::encoding_utf8);
+            sEnvelope = std::move(clWriter.s);
         }
-        STStringWriter clWriter;
-        doc.save(clWriter, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
-        sEnvelope = std::move(clWriter.s);
-    }
 
-    std::string sAction = pszActionSOAP ? KVUtf8::VersUtf8(pszActionSOAP) : std::string();
-    if (!s_bValidHeaderValue(sAction)) {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                         "The SOAP action holds a line break");
-        return 0;
-    }
-    if (sAction.size() < 2 || sAction.front() != '"' || sAction.back() != '"')
-        sAction = "\"" + sAction + "\"";
+        std::string sAction = pszActionSOAP ? KVUtf8::VersUtf8(pszActionSOAP) : std::string();
+        if (!s_bValidHeaderValue(sAction)) {
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
+                             "The SOAP action holds a line break");
+            return 0;
+        }
+        if (sAction.size() < 2 || sAction.front() != '"' || sAction.back() != '"')
+            sAction = "\"" + sAction + "\"";
 
-    STRequest st;
-    st.pszVerb = "POST";
-    st.sUrl = pszURL ? KVUtf8::VersUtf8(pszURL) : std::string();
-    st.tabHeaders = {"Content-Type: text/xml; charset=utf-8", "SOAPAction: " + sAction};
-    st.pBody = sEnvelope.data();
-    st.nBody = sEnvelope.size();
-    st.bSendBody = true;
-    if (!_bExchange(st))
-        return 0;
+        STRequest st;
+        st.pszVerb = "POST";
+        st.sUrl = pszURL ? KVUtf8::VersUtf8(pszURL) : std::string();
+        st.tabHeaders = {"Content-Type: text/xml; charset=utf-8", "SOAPAction: " + sAction};
+        st.pBody = sEnvelope.data();
+        st.nBody = sEnvelope.size();
+        st.bSendBody = true;
+        if (!_bExchange(st))
+            return 0;
 
-    m_bSoapReply = true;
-    m_clSoapReply = m_clBody;
-    if (s_bReadFault(m_clBody.sv(), m_sFaultCode, m_sFaultString)) {
-        m_bFault = true;
-        return 0; // the error stays clean: the caller reads the fault
-    }
-    if (m_nStatus < 200 || m_nStatus > 299) {
-        std::string sStatusLine;
-        if (size_t nEnd = m_sHead.find("\r\n"); nEnd != std::string::npos)
-            sStatusLine = m_sHead.substr(0, nEnd);
-        KVHost::SetError(m_clError, HOSTERROR_SOAP_NOT_SOAP,
-                         "The SOAP service answered '" + sStatusLine + "' without a SOAP fault");
-        return 0;
-    }
-    return 1;
+        m_bSoapReply = true;
+        m_clSoapReply = m_clBody;
+        if (s_bReadFault(m_clBody.sv(), m_sFaultCode, m_sFaultString)) {
+            m_bFault = true;
+            return 0; // the error stays clean: the caller reads the fault
+        }
+        if (m_nStatus < 200 || m_nStatus > 299) {
+            std::string sStatusLine;
+            if (size_t nEnd = m_sHead.find("\r\n"); nEnd != std::string::npos)
+                sStatusLine = m_sHead.substr(0, nEnd);
+            KVHost::SetError(m_clError, HOSTERROR_SOAP_NOT_SOAP,
+                             "The SOAP service answered '" + sStatusLine +
+                                 "' without a SOAP fault");
+            return 0;
+        }
+        return 1;
+    });
 }
 
 int CHTTPClient::vbSoapAjouteEntete(const wchar_t* pszNom, const CAny& clValeur,
                                     const wchar_t* pszEspaceNoms, int bDoitComprendre) {
-    std::lock_guard guard(m_mutex);
-    m_clError.RAZ();
-    STSoapHeader st;
-    st.sName = pszNom ? KVUtf8::VersUtf8(pszNom) : std::string();
-    if (!s_bValidXmlName(st.sName)) {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                         "'" + st.sName.substr(0, 64) + "' is not an XML element name");
-        return 0;
-    }
-    CXYString<wchar_t> sValue;
-    if (!KV_bSucces(clValeur.__nFillString(sValue))) {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                         "The value of the SOAP header '" + st.sName + "' cannot be read as text");
-        return 0;
-    }
-    st.sValue = KVUtf8::VersUtf8(sValue.sv());
-    st.sNamespace = pszEspaceNoms ? KVUtf8::VersUtf8(pszEspaceNoms) : std::string();
-    st.bMustUnderstand = bDoitComprendre != 0;
-    m_tabSoapHeaders.push_back(std::move(st));
-    return 1;
+    return KVHost::Guard(&m_clError, 0, [&]() -> int {
+        std::lock_guard guard(m_mutex);
+        m_clError.RAZ();
+        STSoapHeader st;
+        st.sName = pszNom ? KVUtf8::VersUtf8(pszNom) : std::string();
+        if (!s_bValidXmlName(st.sName)) {
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
+                             "'" + st.sName.substr(0, 64) + "' is not an XML element name");
+            return 0;
+        }
+        CXYString<wchar_t> sValue;
+        if (!KV_bSucces(clValeur.__nFillString(sValue))) {
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
+                             "The value of the SOAP header '" + st.sName +
+                                 "' cannot be read as text");
+            return 0;
+        }
+        st.sValue = KVUtf8::VersUtf8(sValue.sv());
+        st.sNamespace = pszEspaceNoms ? KVUtf8::VersUtf8(pszEspaceNoms) : std::string();
+        st.bMustUnderstand = bDoitComprendre != 0;
+        m_tabSoapHeaders.push_back(std::move(st));
+        return 1;
+    });
 }
 
 int CHTTPClient::vbSoapDonneResultat(CAny& clValeur, eSOAPResultat eResultat, int nOption) {
-    std::lock_guard guard(m_mutex);
-    if (eResultat != SOAP_RESULTAT_REPONSE) {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_NO_ANSWER,
-                         "SOAP result kind " + std::to_string(static_cast<int>(eResultat)) +
-                             " is not one the service gives (1 the reply)");
-        return 0;
-    }
-    if (!m_bSoapReply) {
-        KVHost::SetError(m_clError, HOSTERROR_HTTP_NO_ANSWER,
-                         "No SOAP reply is held: the last call failed or none was made");
-        return 0;
-    }
-    if (nOption == 1) {
-        if (!KV_bSucces(
-                clValeur.SetStringA(reinterpret_cast<const char*>(m_clSoapReply.pGetDonnees()),
-                                    static_cast<int>(m_clSoapReply.nGetTaille())))) {
-            m_clError.SetErrorNoMemory();
+    return KVHost::Guard(&m_clError, 0, [&]() -> int {
+        std::lock_guard guard(m_mutex);
+        if (eResultat != SOAP_RESULTAT_REPONSE) {
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_NO_ANSWER,
+                             "SOAP result kind " + std::to_string(static_cast<int>(eResultat)) +
+                                 " is not one the service gives (1 the reply)");
             return 0;
         }
-    } else {
-        clValeur.SetBinary(m_clSoapReply);
-    }
-    m_clError.RAZ();
-    return 1;
+        if (!m_bSoapReply) {
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_NO_ANSWER,
+                             "No SOAP reply is held: the last call failed or none was made");
+            return 0;
+        }
+        if (nOption == 1) {
+            if (!KV_bSucces(
+                    clValeur.SetStringA(reinterpret_cast<const char*>(m_clSoapReply.pGetDonnees()),
+                                        static_cast<int>(m_clSoapReply.nGetTaille())))) {
+                m_clError.SetErrorNoMemory();
+                return 0;
+            }
+        } else {
+            clValeur.SetBinary(m_clSoapReply);
+        }
+        m_clError.RAZ();
+        return 1;
+    });
 }
 
 int CHTTPClient::vbSoapErreur(eSOAPErreur eErreur, CXYString<wchar_t>& sTexte) {
-    std::lock_guard guard(m_mutex);
-    if (!m_bFault) {
-        KVHost::SetError(m_clError, HOSTERROR_SOAP_NO_FAULT, "The last SOAP reply held no fault");
-        return 0;
-    }
-    const std::string* ps = eErreur == SOAP_ERREUR_CODE      ? &m_sFaultCode
-                            : eErreur == SOAP_ERREUR_MESSAGE ? &m_sFaultString
-                                                             : nullptr;
-    if (!ps) {
-        KVHost::SetError(m_clError, HOSTERROR_SOAP_NO_FAULT,
-                         "SOAP fault part " + std::to_string(static_cast<int>(eErreur)) +
-                             " does not exist (1 faultcode, 2 faultstring)");
-        return 0;
-    }
-    if (!KV_bSucces(KVUtf8::nVersWide(*ps, sTexte))) {
-        m_clError.SetErrorNoMemory();
-        return 0;
-    }
-    m_clError.RAZ();
-    return 1;
+    return KVHost::Guard(&m_clError, 0, [&]() -> int {
+        std::lock_guard guard(m_mutex);
+        if (!m_bFault) {
+            KVHost::SetError(m_clError, HOSTERROR_SOAP_NO_FAULT,
+                             "The last SOAP reply held no fault");
+            return 0;
+        }
+        const std::string* ps = eErreur == SOAP_ERREUR_CODE      ? &m_sFaultCode
+                                : eErreur == SOAP_ERREUR_MESSAGE ? &m_sFaultString
+                                                                 : nullptr;
+        if (!ps) {
+            KVHost::SetError(m_clError, HOSTERROR_SOAP_NO_FAULT,
+                             "SOAP fault part " + std::to_string(static_cast<int>(eErreur)) +
+                                 " does not exist (1 faultcode, 2 faultstring)");
+            return 0;
+        }
+        if (!KV_bSucces(KVUtf8::nVersWide(*ps, sTexte))) {
+            m_clError.SetErrorNoMemory();
+            return 0;
+        }
+        m_clError.RAZ();
+        return 1;
+    });
 }

@@ -2,6 +2,7 @@
 // the host's own range, 700000 and up, clear of the component's codes (600000 and up), so that a
 // script tells at once which side failed. Append-only: a code is never renumbered nor reused.
 //
+//   7000xx  the host as a whole (700001: a C++ exception stopped a callback, HostBarrier.h)
 //   7010xx  HTTP and SOAP service
 //   7020xx  login dialogue
 //   7030xx  host functions

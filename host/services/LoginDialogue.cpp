@@ -1,5 +1,6 @@
 #include "LoginDialogue.h"
 
+#include "HostBarrier.h"
 #include "HostErrors.h"
 #include "KVResult.h"
 #include "Utf8.h"
@@ -242,14 +243,16 @@ void CLoginDialogue::_CloseListener() {
 }
 
 void CLoginDialogue::vGetURLRedirection(int /*bParNavigateur*/, CXYString<wchar_t>& sRedirection) {
-    std::lock_guard guard(m_mutex);
-    if (!_bOpenListener()) {
-        sRedirection.Vide(); // veAuthentifie reports why
-        return;
-    }
-    std::wstring s = L"http://127.0.0.1:" + std::to_wstring(m_nPort) + L"/";
-    if (!KV_bSucces(sRedirection.nAffecte(s.c_str(), s.size())))
-        sRedirection.Vide();
+    KVHost::Guard(nullptr, [&] {
+        std::lock_guard guard(m_mutex);
+        if (!_bOpenListener()) {
+            sRedirection.Vide(); // veAuthentifie reports why
+            return;
+        }
+        std::wstring s = L"http://127.0.0.1:" + std::to_wstring(m_nPort) + L"/";
+        if (!KV_bSucces(sRedirection.nAffecte(s.c_str(), s.size())))
+            sRedirection.Vide();
+    });
 }
 
 int CLoginDialogue::_nOpenBrowser(const std::string& sUrl, const std::string& sFunction) {
@@ -291,196 +294,200 @@ int CLoginDialogue::_nOpenBrowser(const std::string& sUrl, const std::string& sF
 eAUTHENTIFICATION CLoginDialogue::veAuthentifie(const wchar_t* pszURLLogin, IVM* /*piVM*/,
                                                 const wchar_t* pszNomFonction,
                                                 CXYString<wchar_t>& sReponse, CXError* pclError) {
-    std::lock_guard guard(m_mutex);
-    s_ReapChildren();
-    CXError clLocal;
-    CXError& clError = pclError ? *pclError : clLocal;
-    auto Fail = [&](eAUTHENTIFICATION eOutcome, eHOSTERROR eCode, const std::string& sMessage) {
-        KVHost::SetError(clError, eCode, sMessage);
-        _CloseListener(); // single use, whatever the outcome
-        return eOutcome;
-    };
+    return KVHost::Guard(pclError, AUTHENTIFICATION_ERREUR, [&]() -> eAUTHENTIFICATION {
+        std::lock_guard guard(m_mutex);
+        s_ReapChildren();
+        CXError clLocal;
+        CXError& clError = pclError ? *pclError : clLocal;
+        auto Fail = [&](eAUTHENTIFICATION eOutcome, eHOSTERROR eCode, const std::string& sMessage) {
+            KVHost::SetError(clError, eCode, sMessage);
+            _CloseListener(); // single use, whatever the outcome
+            return eOutcome;
+        };
 
-    if (!m_sRouteError.empty())
-        return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_HTTP_ROUTE, m_sRouteError);
-    if (!pszURLLogin || !*pszURLLogin)
-        return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_URL, "No login address was given");
-    if (m_nListener < 0) {
-        if (!m_sListenerError.empty())
-            return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_LISTENER, m_sListenerError);
-        return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_URL,
-                    "No redirect address is open for this sign-in: the redirect address is "
-                    "asked first, and each one serves a single sign-in");
-    }
-
-    std::string sUrl = KVUtf8::VersUtf8(pszURLLogin);
-    std::string sState;
-    bool bMarker = sUrl.find(kszMarker) != std::string::npos;
-    if (bMarker) {
-        if (!s_bNewState(sState))
-            return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_RANDOM,
-                        "No random value could be drawn for the sign-in state");
-        for (size_t n = sUrl.find(kszMarker); n != std::string::npos;
-             n = sUrl.find(kszMarker, n + sState.size()))
-            sUrl.replace(n, sizeof kszMarker - 1, sState);
-    }
-    std::string sFunction = pszNomFonction ? KVUtf8::VersUtf8(pszNomFonction) : std::string();
-    std::string sBrowserUrl = m_clRouting.sBrowserForm(sUrl);
-    pid_t pidBrowser = _nOpenBrowser(sBrowserUrl, sFunction);
-
-    struct STClient {
-        int nFd;
-        std::string sReceived;
-    };
-    std::vector<STClient> tabClients;
-    auto CloseAll = [&] {
-        for (STClient& st : tabClients)
-            s_Close(st.nFd);
-        tabClients.clear();
-    };
-    auto tDeadline =
-        std::chrono::steady_clock::now() + std::chrono::milliseconds(m_stOptions.nLoginWaitMs);
-    eAUTHENTIFICATION eOutcome = AUTHENTIFICATION_DELAI_DEPASSE;
-    std::string sHead;
-    bool bDone = false;
-
-    while (!bDone) {
-        if (pidBrowser > 0) {
-            int nStatus = 0;
-            if (::waitpid(pidBrowser, &nStatus, WNOHANG) == pidBrowser) {
-                pidBrowser = 0;
-                if (!WIFEXITED(nStatus) || WEXITSTATUS(nStatus) != 0)
-                    s_PrintAddress(
-                        sFunction, sBrowserUrl,
-                        "the browser command failed (status " +
-                            std::to_string(WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1) + ")");
-            }
+        if (!m_sRouteError.empty())
+            return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_HTTP_ROUTE, m_sRouteError);
+        if (!pszURLLogin || !*pszURLLogin)
+            return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_URL, "No login address was given");
+        if (m_nListener < 0) {
+            if (!m_sListenerError.empty())
+                return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_LISTENER, m_sListenerError);
+            return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_URL,
+                        "No redirect address is open for this sign-in: the redirect address is "
+                        "asked first, and each one serves a single sign-in");
         }
-        auto nLeft = std::chrono::duration_cast<std::chrono::milliseconds>(
-                         tDeadline - std::chrono::steady_clock::now())
-                         .count();
-        if (nLeft <= 0)
-            break;
-        std::vector<pollfd> tabPoll;
-        bool bListen = tabClients.size() < knMaxClients;
-        if (bListen)
-            tabPoll.push_back({m_nListener, POLLIN, 0});
-        for (const STClient& st : tabClients)
-            tabPoll.push_back({st.nFd, POLLIN, 0});
-        // While the browser command runs, look at it now and then.
-        int nDelay = static_cast<int>(pidBrowser > 0 ? std::min<long long>(nLeft, 100) : nLeft);
-        int nReady = ::poll(tabPoll.data(), tabPoll.size(), nDelay);
-        if (nReady < 0) {
-            if (errno == EINTR)
-                continue;
-            CloseAll();
-            return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_LISTENER,
-                        std::string("The login listener failed: ") + std::strerror(errno));
+
+        std::string sUrl = KVUtf8::VersUtf8(pszURLLogin);
+        std::string sState;
+        bool bMarker = sUrl.find(kszMarker) != std::string::npos;
+        if (bMarker) {
+            if (!s_bNewState(sState))
+                return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_RANDOM,
+                            "No random value could be drawn for the sign-in state");
+            for (size_t n = sUrl.find(kszMarker); n != std::string::npos;
+                 n = sUrl.find(kszMarker, n + sState.size()))
+                sUrl.replace(n, sizeof kszMarker - 1, sState);
         }
-        if (nReady == 0)
-            continue;
-        size_t nFirstClient = bListen ? 1 : 0;
-        // Clients first, so that indices into tabPoll still match tabClients.
-        for (size_t i = tabClients.size(); i-- > 0;) {
-            short nEvents = tabPoll[nFirstClient + i].revents;
-            if (!nEvents)
-                continue;
-            STClient& st = tabClients[i];
-            char aby[4096];
-            ssize_t n = ::recv(st.nFd, aby, sizeof aby, 0);
-            if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR))
-                continue;
-            if (n <= 0) {
+        std::string sFunction = pszNomFonction ? KVUtf8::VersUtf8(pszNomFonction) : std::string();
+        std::string sBrowserUrl = m_clRouting.sBrowserForm(sUrl);
+        pid_t pidBrowser = _nOpenBrowser(sBrowserUrl, sFunction);
+
+        struct STClient {
+            int nFd;
+            std::string sReceived;
+        };
+        std::vector<STClient> tabClients;
+        auto CloseAll = [&] {
+            for (STClient& st : tabClients)
                 s_Close(st.nFd);
-                tabClients.erase(tabClients.begin() + static_cast<long>(i));
-                continue;
-            }
-            st.sReceived.append(aby, static_cast<size_t>(n));
-            size_t nHeadEnd = st.sReceived.find("\r\n\r\n");
-            if (nHeadEnd == std::string::npos) {
-                if (st.sReceived.size() > knMaxHead) {
-                    s_Answer(st.nFd, 431, "Request Header Fields Too Large", kszPageNotFound);
-                    tabClients.erase(tabClients.begin() + static_cast<long>(i));
+            tabClients.clear();
+        };
+        auto tDeadline =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(m_stOptions.nLoginWaitMs);
+        eAUTHENTIFICATION eOutcome = AUTHENTIFICATION_DELAI_DEPASSE;
+        std::string sHead;
+        bool bDone = false;
+
+        while (!bDone) {
+            if (pidBrowser > 0) {
+                int nStatus = 0;
+                if (::waitpid(pidBrowser, &nStatus, WNOHANG) == pidBrowser) {
+                    pidBrowser = 0;
+                    if (!WIFEXITED(nStatus) || WEXITSTATUS(nStatus) != 0)
+                        s_PrintAddress(
+                            sFunction, sBrowserUrl,
+                            "the browser command failed (status " +
+                                std::to_string(WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1) +
+                                ")");
                 }
-                continue;
             }
-            // The request line: METHOD SP TARGET SP VERSION.
-            std::string_view svLine(st.sReceived.data(), st.sReceived.find("\r\n"));
-            size_t nSpace1 = svLine.find(' ');
-            size_t nSpace2 = svLine.rfind(' ');
-            if (nSpace1 == std::string_view::npos || nSpace2 <= nSpace1 ||
-                svLine.substr(nSpace2 + 1, 5) != "HTTP/") {
-                s_Answer(st.nFd, 400, "Bad Request", kszPageNotFound);
-                tabClients.erase(tabClients.begin() + static_cast<long>(i));
-                continue;
+            auto nLeft = std::chrono::duration_cast<std::chrono::milliseconds>(
+                             tDeadline - std::chrono::steady_clock::now())
+                             .count();
+            if (nLeft <= 0)
+                break;
+            std::vector<pollfd> tabPoll;
+            bool bListen = tabClients.size() < knMaxClients;
+            if (bListen)
+                tabPoll.push_back({m_nListener, POLLIN, 0});
+            for (const STClient& st : tabClients)
+                tabPoll.push_back({st.nFd, POLLIN, 0});
+            // While the browser command runs, look at it now and then.
+            int nDelay = static_cast<int>(pidBrowser > 0 ? std::min<long long>(nLeft, 100) : nLeft);
+            int nReady = ::poll(tabPoll.data(), tabPoll.size(), nDelay);
+            if (nReady < 0) {
+                if (errno == EINTR)
+                    continue;
+                CloseAll();
+                return Fail(AUTHENTIFICATION_ERREUR, HOSTERROR_LOGIN_LISTENER,
+                            std::string("The login listener failed: ") + std::strerror(errno));
             }
-            std::string_view svMethod = svLine.substr(0, nSpace1);
-            std::string_view svTarget = svLine.substr(nSpace1 + 1, nSpace2 - nSpace1 - 1);
-            std::string_view svPath = svTarget.substr(0, svTarget.find_first_of("?#"));
-            if (svPath != "/" || svMethod != "GET") {
-                s_Answer(st.nFd, 404, "Not Found", kszPageNotFound);
-                tabClients.erase(tabClients.begin() + static_cast<long>(i));
+            if (nReady == 0)
                 continue;
-            }
-            std::string sStateReceived;
-            bool bStateReceived = s_bStateOfTarget(svTarget, sStateReceived);
-            if (bMarker && (!bStateReceived || sStateReceived != sState)) {
-                s_Answer(st.nFd, 400, "Bad Request", kszPageRefused);
+            size_t nFirstClient = bListen ? 1 : 0;
+            // Clients first, so that indices into tabPoll still match tabClients.
+            for (size_t i = tabClients.size(); i-- > 0;) {
+                short nEvents = tabPoll[nFirstClient + i].revents;
+                if (!nEvents)
+                    continue;
+                STClient& st = tabClients[i];
+                char aby[4096];
+                ssize_t n = ::recv(st.nFd, aby, sizeof aby, 0);
+                if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR))
+                    continue;
+                if (n <= 0) {
+                    s_Close(st.nFd);
+                    tabClients.erase(tabClients.begin() + static_cast<long>(i));
+                    continue;
+                }
+                st.sReceived.append(aby, static_cast<size_t>(n));
+                size_t nHeadEnd = st.sReceived.find("\r\n\r\n");
+                if (nHeadEnd == std::string::npos) {
+                    if (st.sReceived.size() > knMaxHead) {
+                        s_Answer(st.nFd, 431, "Request Header Fields Too Large", kszPageNotFound);
+                        tabClients.erase(tabClients.begin() + static_cast<long>(i));
+                    }
+                    continue;
+                }
+                // The request line: METHOD SP TARGET SP VERSION.
+                std::string_view svLine(st.sReceived.data(), st.sReceived.find("\r\n"));
+                size_t nSpace1 = svLine.find(' ');
+                size_t nSpace2 = svLine.rfind(' ');
+                if (nSpace1 == std::string_view::npos || nSpace2 <= nSpace1 ||
+                    svLine.substr(nSpace2 + 1, 5) != "HTTP/") {
+                    s_Answer(st.nFd, 400, "Bad Request", kszPageNotFound);
+                    tabClients.erase(tabClients.begin() + static_cast<long>(i));
+                    continue;
+                }
+                std::string_view svMethod = svLine.substr(0, nSpace1);
+                std::string_view svTarget = svLine.substr(nSpace1 + 1, nSpace2 - nSpace1 - 1);
+                std::string_view svPath = svTarget.substr(0, svTarget.find_first_of("?#"));
+                if (svPath != "/" || svMethod != "GET") {
+                    s_Answer(st.nFd, 404, "Not Found", kszPageNotFound);
+                    tabClients.erase(tabClients.begin() + static_cast<long>(i));
+                    continue;
+                }
+                std::string sStateReceived;
+                bool bStateReceived = s_bStateOfTarget(svTarget, sStateReceived);
+                if (bMarker && (!bStateReceived || sStateReceived != sState)) {
+                    s_Answer(st.nFd, 400, "Bad Request", kszPageRefused);
+                    tabClients.erase(tabClients.begin() + static_cast<long>(i));
+                    eOutcome = AUTHENTIFICATION_ETAT_INVALIDE;
+                    bDone = true;
+                    break;
+                }
+                sHead = st.sReceived.substr(0, nHeadEnd + 2);
+                s_Answer(st.nFd, 200, "OK", kszPageDone);
                 tabClients.erase(tabClients.begin() + static_cast<long>(i));
-                eOutcome = AUTHENTIFICATION_ETAT_INVALIDE;
+                eOutcome = AUTHENTIFICATION_OK;
                 bDone = true;
                 break;
             }
-            sHead = st.sReceived.substr(0, nHeadEnd + 2);
-            s_Answer(st.nFd, 200, "OK", kszPageDone);
-            tabClients.erase(tabClients.begin() + static_cast<long>(i));
-            eOutcome = AUTHENTIFICATION_OK;
-            bDone = true;
-            break;
+            if (bDone || !bListen || !(tabPoll[0].revents & POLLIN))
+                continue;
+            while (tabClients.size() < knMaxClients) {
+                int nFd = ::accept4(m_nListener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+                if (nFd < 0)
+                    break;
+                tabClients.push_back({nFd, {}});
+            }
         }
-        if (bDone || !bListen || !(tabPoll[0].revents & POLLIN))
-            continue;
-        while (tabClients.size() < knMaxClients) {
-            int nFd = ::accept4(m_nListener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-            if (nFd < 0)
-                break;
-            tabClients.push_back({nFd, {}});
-        }
-    }
-    CloseAll();
+        CloseAll();
 
-    // The browser command has usually finished with the page; give it a moment, then leave it
-    // to be reaped later rather than wait on a browser that stays open.
-    if (pidBrowser > 0) {
-        auto tLimit =
-            std::chrono::steady_clock::now() + std::chrono::milliseconds(knBrowserGraceMs);
-        int nStatus = 0;
-        while (::waitpid(pidBrowser, &nStatus, WNOHANG) == 0 &&
-               std::chrono::steady_clock::now() < tLimit)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        if (::waitpid(pidBrowser, &nStatus, WNOHANG) == 0) {
-            std::lock_guard guardChildren(gmutexChildren);
-            gtabChildren.push_back(pidBrowser);
+        // The browser command has usually finished with the page; give it a moment, then leave it
+        // to be reaped later rather than wait on a browser that stays open.
+        if (pidBrowser > 0) {
+            auto tLimit =
+                std::chrono::steady_clock::now() + std::chrono::milliseconds(knBrowserGraceMs);
+            int nStatus = 0;
+            while (::waitpid(pidBrowser, &nStatus, WNOHANG) == 0 &&
+                   std::chrono::steady_clock::now() < tLimit)
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            if (::waitpid(pidBrowser, &nStatus, WNOHANG) == 0) {
+                std::lock_guard guardChildren(gmutexChildren);
+                gtabChildren.push_back(pidBrowser);
+            }
         }
-    }
 
-    switch (eOutcome) {
-    case AUTHENTIFICATION_OK:
-        _CloseListener();
-        if (!KV_bSucces(KVUtf8::nVersWide(sHead, sReponse))) {
-            clError.SetErrorNoMemory();
-            return AUTHENTIFICATION_ERREUR;
+        switch (eOutcome) {
+        case AUTHENTIFICATION_OK:
+            _CloseListener();
+            if (!KV_bSucces(KVUtf8::nVersWide(sHead, sReponse))) {
+                clError.SetErrorNoMemory();
+                return AUTHENTIFICATION_ERREUR;
+            }
+            clError.RAZ();
+            return AUTHENTIFICATION_OK;
+        case AUTHENTIFICATION_ETAT_INVALIDE:
+            return Fail(
+                eOutcome, HOSTERROR_LOGIN_STATE,
+                "The answer to the sign-in did not bring back the state value sent with "
+                "it, so it was refused (a stale or forged answer); start the sign-in again");
+        default:
+            return Fail(AUTHENTIFICATION_DELAI_DEPASSE, HOSTERROR_LOGIN_TIMEOUT,
+                        "The browser did not come back to the redirect address within " +
+                            s_sSeconds(m_stOptions.nLoginWaitMs) +
+                            " (the host's wait for a sign-in, KVGGL_LOGIN_WAIT)");
         }
-        clError.RAZ();
-        return AUTHENTIFICATION_OK;
-    case AUTHENTIFICATION_ETAT_INVALIDE:
-        return Fail(eOutcome, HOSTERROR_LOGIN_STATE,
-                    "The answer to the sign-in did not bring back the state value sent with "
-                    "it, so it was refused (a stale or forged answer); start the sign-in again");
-    default:
-        return Fail(AUTHENTIFICATION_DELAI_DEPASSE, HOSTERROR_LOGIN_TIMEOUT,
-                    "The browser did not come back to the redirect address within " +
-                        s_sSeconds(m_stOptions.nLoginWaitMs) +
-                        " (the host's wait for a sign-in, KVGGL_LOGIN_WAIT)");
-    }
+    });
 }
