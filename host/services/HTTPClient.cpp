@@ -23,6 +23,25 @@
 #define KVGGL_VERSION "0"
 #endif
 
+// ---- one transfer: what the callbacks fill
+
+struct STHTTPTransfer {
+    size_t nMaxBody = 0;
+    bool bTooLarge = false;
+    bool bNoMemory = false;
+    std::string sHead;
+    CKLBIN clBody;
+
+    bool bProgress = false;
+    bool bProgressShown = false;
+    std::string sProgressLabel; // "GET www.example.com"
+    std::chrono::steady_clock::time_point tLastShown{};
+    curl_off_t nLastNow = 0;
+    curl_off_t nLastTotal = 0;
+    bool bLastUpload = false;
+    char szError[CURL_ERROR_SIZE] = {};
+};
+
 namespace {
 
 // ---- the process-wide libcurl state: initialised once, one share for every service, so that
@@ -51,28 +70,10 @@ void s_InitCurl() {
     curl_share_setopt(gpShare, CURLSHOPT_SHARE, CURL_LOCK_DATA_CONNECT);
 }
 
-// ---- one transfer: what the callbacks fill
-
-struct STTransfer {
-    size_t nMaxBody = 0;
-    bool bTooLarge = false;
-    bool bNoMemory = false;
-    std::string sHead;
-    CKLBIN clBody;
-
-    bool bProgress = false;
-    bool bProgressShown = false;
-    std::string sProgressLabel; // "GET www.example.com"
-    std::chrono::steady_clock::time_point tLastShown{};
-    curl_off_t nLastNow = 0;
-    curl_off_t nLastTotal = 0;
-    bool bLastUpload = false;
-};
-
 // libcurl is C: an exception must not unwind through it, which would leave the handle and the
 // shared connection cache half-way through a transfer. A callback that runs out of memory marks
 // the transfer and stops it (a short count stops a write; non-zero stops progress).
-template <class R, class F> R s_rNoThrow(STTransfer* pst, R rStop, F&& f) noexcept {
+template <class R, class F> R s_rNoThrow(STHTTPTransfer* pst, R rStop, F&& f) noexcept {
     try {
         return f();
     } catch (...) {
@@ -81,7 +82,7 @@ template <class R, class F> R s_rNoThrow(STTransfer* pst, R rStop, F&& f) noexce
     }
 }
 
-size_t s_nAppendHeader(STTransfer* pst, char* p, size_t nBytes) {
+size_t s_nAppendHeader(STHTTPTransfer* pst, char* p, size_t nBytes) {
     std::string_view sv(p, nBytes);
     // Each status line starts a head again: an interim 1xx or a proxy's answer to CONNECT
     // comes before the one that matters.
@@ -95,12 +96,12 @@ size_t s_nAppendHeader(STTransfer* pst, char* p, size_t nBytes) {
 }
 
 size_t s_nOnHeader(char* p, size_t nSize, size_t nCount, void* pv) {
-    auto* pst = static_cast<STTransfer*>(pv);
+    auto* pst = static_cast<STHTTPTransfer*>(pv);
     return s_rNoThrow(pst, size_t{0}, [&] { return s_nAppendHeader(pst, p, nSize * nCount); });
 }
 
 size_t s_nOnBody(char* p, size_t nSize, size_t nCount, void* pv) {
-    auto* pst = static_cast<STTransfer*>(pv);
+    auto* pst = static_cast<STHTTPTransfer*>(pv);
     size_t nBytes = nSize * nCount;
     if (nBytes > pst->nMaxBody - std::min(pst->nMaxBody, pst->clBody.nGetTaille())) {
         pst->bTooLarge = true;
@@ -142,7 +143,7 @@ std::string s_sMegabytes(curl_off_t n) {
     return sz;
 }
 
-void s_ShowProgress(STTransfer& st, bool bEnd) {
+void s_ShowProgress(STHTTPTransfer& st, bool bEnd) {
     std::string sLine = "\rkvggl: " + st.sProgressLabel + ": " + (st.bLastUpload ? "sent " : "") +
                         s_sMegabytes(st.nLastNow);
     if (st.nLastTotal > 0) {
@@ -160,8 +161,8 @@ void s_ShowProgress(STTransfer& st, bool bEnd) {
     (void)n;
 }
 
-int s_nShowProgress(STTransfer* pst, curl_off_t nDownTotal, curl_off_t nDown, curl_off_t nUpTotal,
-                    curl_off_t nSent) {
+int s_nShowProgress(STHTTPTransfer* pst, curl_off_t nDownTotal, curl_off_t nDown,
+                    curl_off_t nUpTotal, curl_off_t nSent) {
     curl_off_t nLargest = std::max({nDownTotal, nDown, nUpTotal});
     if (nLargest <= STHostOptions::knProgressThreshold)
         return 0;
@@ -179,7 +180,7 @@ int s_nShowProgress(STTransfer* pst, curl_off_t nDownTotal, curl_off_t nDown, cu
 
 int s_nProgress(void* pv, curl_off_t nDownTotal, curl_off_t nDown, curl_off_t nUpTotal,
                 curl_off_t nSent) {
-    auto* pst = static_cast<STTransfer*>(pv);
+    auto* pst = static_cast<STHTTPTransfer*>(pv);
     return s_rNoThrow(pst, 1,
                       [&] { return s_nShowProgress(pst, nDownTotal, nDown, nUpTotal, nSent); });
 }
@@ -453,52 +454,83 @@ int CHTTPClient::vbExecute(CParametresHTTPRequete& clRequest, int /*nOption*/) {
     });
 }
 
+// The address an exchange goes to, after routing, and how messages name the other side.
+struct CHTTPClient::STTarget {
+    STUrlParts stParts;
+    std::string sUrl;  // what libcurl asks: the routed address, or the request's own
+    std::string sPeer; // "host[:port]", with " (routed to ...)" when routed
+    bool bRouted = false;
+    std::vector<std::string> tabHeaders;
+};
+
 bool CHTTPClient::_bExchange(const STRequest& stRequest) {
     if (!m_sRouteError.empty()) {
         KVHost::SetError(m_clError, HOSTERROR_HTTP_ROUTE, m_sRouteError);
         return false;
     }
-    CURL* pCurl = static_cast<CURL*>(m_pCurl);
-    if (!pCurl) {
+    if (!m_pCurl) {
         m_clError.SetErrorNoMemory();
         return false;
     }
+    _ContinueOrEndChain(stRequest.sUrl);
+    STTarget stTarget;
+    if (!_bRoute(stRequest, stTarget))
+        return false;
+    STHTTPTransfer stTransfer;
+    int nCode = CURLE_OK;
+    if (!_bPerform(stRequest, stTarget, stTransfer, nCode))
+        return false;
+    if (nCode != CURLE_OK) {
+        m_nRedirects = 0;
+        _SetTransportError(nCode, stRequest, stTarget, stTransfer);
+        return false;
+    }
+    return _bKeepAnswer(stTarget, stTransfer);
+}
+
+void CHTTPClient::_ContinueOrEndChain(const std::string& sUrl) {
     // Only a request to where the last redirect pointed (as written, or resolved) continues
     // its chain: separate calls that each end on a redirect their caller does not follow (a
     // 303, a 307) are no loop.
-    auto StartsWith = [&](const std::string& s) { return stRequest.sUrl.rfind(s, 0) == 0; };
+    auto StartsWith = [&](const std::string& s) { return sUrl.rfind(s, 0) == 0; };
     if (m_nRedirects > 0 && !StartsWith(m_sRedirectTarget) && !StartsWith(m_sRedirectResolved))
         m_nRedirects = 0;
-    STUrlParts stParts;
-    if (!CRouting::s_bSplitUrl(stRequest.sUrl, stParts)) {
+}
+
+bool CHTTPClient::_bRoute(const STRequest& stRequest, STTarget& st) {
+    if (!CRouting::s_bSplitUrl(stRequest.sUrl, st.stParts)) {
         KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
                          "The address '" + stRequest.sUrl.substr(0, 200) +
                              "' is not an http or https URL");
         return false;
     }
-    std::string sUrl = stRequest.sUrl;
-    std::string sRoutedHost;
-    std::string sPeer = stParts.sHostHeader(); // names the other side in messages
-    std::vector<std::string> tabHeaders = stRequest.tabHeaders;
-    if (std::string sRouted; m_clRouting.bRouteRequest(stRequest.sUrl, sRouted, sRoutedHost)) {
-        CRouting::STTarget stTarget;
-        m_clRouting.bFind(stParts, stTarget);
-        sPeer += " (routed to " + stTarget.sHost + ":" + std::to_string(stTarget.nPort) + ")";
-        sUrl = std::move(sRouted);
-        if (!s_bHasHeader(tabHeaders, "Host"))
-            tabHeaders.push_back("Host: " + sRoutedHost);
+    st.sUrl = stRequest.sUrl;
+    st.sPeer = st.stParts.sHostHeader();
+    st.tabHeaders = stRequest.tabHeaders;
+    std::string sRouted, sHostHeader;
+    if (m_clRouting.bRouteRequest(stRequest.sUrl, sRouted, sHostHeader)) {
+        CRouting::STTarget stTo;
+        m_clRouting.bFind(st.stParts, stTo);
+        st.sPeer += " (routed to " + stTo.sHost + ":" + std::to_string(stTo.nPort) + ")";
+        st.sUrl = std::move(sRouted);
+        st.bRouted = true;
+        if (!s_bHasHeader(st.tabHeaders, "Host"))
+            st.tabHeaders.push_back("Host: " + sHostHeader);
     }
     // A body goes at once: waiting for "100 Continue" costs a round trip or a second.
-    tabHeaders.emplace_back("Expect:");
+    st.tabHeaders.emplace_back("Expect:");
+    return true;
+}
 
-    STTransfer stTransfer;
+bool CHTTPClient::_bPerform(const STRequest& stRequest, const STTarget& stTarget,
+                            STHTTPTransfer& stTransfer, int& nCode) {
     stTransfer.nMaxBody = m_stOptions.nMaxBody;
     stTransfer.bProgress = m_stOptions.eProgress == HOSTPROGRESS_ALWAYS ||
                            (m_stOptions.eProgress == HOSTPROGRESS_AUTO && ::isatty(STDERR_FILENO));
-    stTransfer.sProgressLabel = std::string(stRequest.pszVerb) + " " + sPeer;
+    stTransfer.sProgressLabel = std::string(stRequest.pszVerb) + " " + stTarget.sPeer;
 
     curl_slist* pHeaderList = nullptr;
-    for (const std::string& s : tabHeaders) {
+    for (const std::string& s : stTarget.tabHeaders) {
         curl_slist* p = curl_slist_append(pHeaderList, s.c_str());
         if (!p) {
             curl_slist_free_all(pHeaderList);
@@ -507,10 +539,23 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
         }
         pHeaderList = p;
     }
+    CURL* pCurl = static_cast<CURL*>(m_pCurl);
+    _Configure(stRequest, stTarget, stTransfer);
+    curl_easy_setopt(pCurl, CURLOPT_HTTPHEADER, pHeaderList);
+    nCode = curl_easy_perform(pCurl);
+    if (stTransfer.bProgressShown)
+        s_ShowProgress(stTransfer, true);
+    curl_easy_setopt(pCurl, CURLOPT_HTTPHEADER, nullptr);
+    curl_easy_setopt(pCurl, CURLOPT_ERRORBUFFER, nullptr);
+    curl_slist_free_all(pHeaderList);
+    return true;
+}
 
-    char szError[CURL_ERROR_SIZE] = {};
+void CHTTPClient::_Configure(const STRequest& stRequest, const STTarget& stTarget,
+                             STHTTPTransfer& stTransfer) {
+    CURL* pCurl = static_cast<CURL*>(m_pCurl);
     curl_easy_reset(pCurl); // keeps the live connections and caches
-    curl_easy_setopt(pCurl, CURLOPT_URL, sUrl.c_str());
+    curl_easy_setopt(pCurl, CURLOPT_URL, stTarget.sUrl.c_str());
     curl_easy_setopt(pCurl, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(pCurl, CURLOPT_PATH_AS_IS, 1L); // the path goes as the component wrote it
     // HTTP/1.1 even where HTTP/2 is offered: HTTP/2 gives header names in lower case, and the
@@ -527,7 +572,7 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
     curl_easy_setopt(pCurl, CURLOPT_MAXFILESIZE_LARGE,
                      static_cast<curl_off_t>(m_stOptions.nMaxBody));
     curl_easy_setopt(pCurl, CURLOPT_USERAGENT, "kvggl-host/" KVGGL_VERSION);
-    curl_easy_setopt(pCurl, CURLOPT_ERRORBUFFER, szError);
+    curl_easy_setopt(pCurl, CURLOPT_ERRORBUFFER, stTransfer.szError);
     curl_easy_setopt(pCurl, CURLOPT_HEADERFUNCTION, s_nOnHeader);
     curl_easy_setopt(pCurl, CURLOPT_HEADERDATA, &stTransfer);
     curl_easy_setopt(pCurl, CURLOPT_WRITEFUNCTION, s_nOnBody);
@@ -540,9 +585,8 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
     if (gpShare)
         curl_easy_setopt(pCurl, CURLOPT_SHARE, gpShare);
 
-    bool bPost = std::strcmp(stRequest.pszVerb, "POST") == 0;
     if (stRequest.bSendBody) {
-        if (bPost)
+        if (std::strcmp(stRequest.pszVerb, "POST") == 0)
             curl_easy_setopt(pCurl, CURLOPT_POST, 1L);
         else
             curl_easy_setopt(pCurl, CURLOPT_CUSTOMREQUEST, stRequest.pszVerb);
@@ -556,144 +600,146 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
         if (std::strcmp(stRequest.pszVerb, "GET") != 0)
             curl_easy_setopt(pCurl, CURLOPT_CUSTOMREQUEST, stRequest.pszVerb);
     }
-    curl_easy_setopt(pCurl, CURLOPT_HTTPHEADER, pHeaderList);
+}
 
-    CURLcode eCode = curl_easy_perform(pCurl);
-    if (stTransfer.bProgressShown)
-        s_ShowProgress(stTransfer, true);
-    curl_easy_setopt(pCurl, CURLOPT_HTTPHEADER, nullptr);
-    curl_slist_free_all(pHeaderList);
-
+// One failed transfer into one host error: the cause in the user's words, libcurl's code and
+// text and the address in the debug text.
+void CHTTPClient::_SetTransportError(int nCode, const STRequest& stRequest,
+                                     const STTarget& stTarget, const STHTTPTransfer& stTransfer) {
+    if (stTransfer.bNoMemory) {
+        m_clError.SetErrorNoMemory();
+        return;
+    }
+    CURL* pCurl = static_cast<CURL*>(m_pCurl);
+    auto eCode = static_cast<CURLcode>(nCode);
+    const char* szError = stTransfer.szError;
+    const std::string& sPeer = stTarget.sPeer;
+    const std::string& sUrl = stTarget.sUrl;
     std::string sDetail = "curl error " + std::to_string(static_cast<int>(eCode)) + " (" +
                           curl_easy_strerror(eCode) + ")" +
                           (szError[0] ? std::string(": ") + szError : std::string()) + "; URL " +
                           sUrl.substr(0, 300);
-    if (eCode != CURLE_OK && stTransfer.bNoMemory) {
-        m_nRedirects = 0;
-        m_clError.SetErrorNoMemory();
-        return false;
+    std::string sWhat = szError[0] ? szError : curl_easy_strerror(eCode);
+    long nErrno = 0;
+    curl_easy_getinfo(pCurl, CURLINFO_OS_ERRNO, &nErrno);
+    const STRequest& st = stRequest;
+    switch (eCode) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_RESOLVE,
+                         "Cannot resolve the host name of " + sPeer + ": no such host is known",
+                         sDetail);
+        break;
+    case CURLE_COULDNT_RESOLVE_PROXY:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_RESOLVE,
+                         "Cannot resolve the name of the proxy (from the environment) to "
+                         "reach " +
+                             sPeer,
+                         sDetail);
+        break;
+    case CURLE_COULDNT_CONNECT:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_CONNECT,
+                         "Cannot connect to " + sPeer + ": " +
+                             (nErrno ? std::strerror(static_cast<int>(nErrno)) : sWhat),
+                         sDetail);
+        break;
+    case CURLE_OPERATION_TIMEDOUT: {
+        curl_off_t nConnectTime = 0;
+        curl_off_t nTlsTime = 0;
+        curl_easy_getinfo(pCurl, CURLINFO_CONNECT_TIME_T, &nConnectTime);
+        curl_easy_getinfo(pCurl, CURLINFO_APPCONNECT_TIME_T, &nTlsTime);
+        std::string sMessage;
+        if (nConnectTime == 0)
+            sMessage = "Connecting to " + sPeer + " took longer than " +
+                       s_sSeconds(m_stOptions.nConnectTimeoutMs) +
+                       " (the host's connect timeout, KVGGL_CONNECT_TIMEOUT)";
+        else if (stTarget.stParts.sScheme == "https" && !stTarget.bRouted && nTlsTime == 0)
+            sMessage = "The secure handshake with " + sPeer + " did not finish in time";
+        else
+            sMessage = sPeer + " did not answer within " + s_sSeconds(m_stOptions.nTimeoutMs) +
+                       " (the host's timeout for one exchange, KVGGL_TIMEOUT)";
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_TIMEOUT, sMessage, sDetail);
+        break;
     }
-    if (eCode != CURLE_OK) {
-        m_nRedirects = 0;
-        std::string sWhat = szError[0] ? szError : curl_easy_strerror(eCode);
-        long nErrno = 0;
-        curl_easy_getinfo(pCurl, CURLINFO_OS_ERRNO, &nErrno);
-        switch (eCode) {
-        case CURLE_COULDNT_RESOLVE_HOST:
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_RESOLVE,
-                             "Cannot resolve the host name of " + sPeer + ": no such host is known",
-                             sDetail);
-            break;
-        case CURLE_COULDNT_RESOLVE_PROXY:
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_RESOLVE,
-                             "Cannot resolve the name of the proxy (from the environment) to "
-                             "reach " +
-                                 sPeer,
-                             sDetail);
-            break;
-        case CURLE_COULDNT_CONNECT:
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_CONNECT,
-                             "Cannot connect to " + sPeer + ": " +
-                                 (nErrno ? std::strerror(static_cast<int>(nErrno)) : sWhat),
-                             sDetail);
-            break;
-        case CURLE_OPERATION_TIMEDOUT: {
-            curl_off_t nConnectTime = 0;
-            curl_off_t nTlsTime = 0;
-            curl_easy_getinfo(pCurl, CURLINFO_CONNECT_TIME_T, &nConnectTime);
-            curl_easy_getinfo(pCurl, CURLINFO_APPCONNECT_TIME_T, &nTlsTime);
-            std::string sMessage;
-            if (nConnectTime == 0)
-                sMessage = "Connecting to " + sPeer + " took longer than " +
-                           s_sSeconds(m_stOptions.nConnectTimeoutMs) +
-                           " (the host's connect timeout, KVGGL_CONNECT_TIMEOUT)";
-            else if (stParts.sScheme == "https" && sRoutedHost.empty() && nTlsTime == 0)
-                sMessage = "The secure handshake with " + sPeer + " did not finish in time";
-            else
-                sMessage = sPeer + " did not answer within " + s_sSeconds(m_stOptions.nTimeoutMs) +
-                           " (the host's timeout for one exchange, KVGGL_TIMEOUT)";
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_TIMEOUT, sMessage, sDetail);
-            break;
-        }
-        case CURLE_SSL_CONNECT_ERROR:
-        case CURLE_SSL_ENGINE_NOTFOUND:
-        case CURLE_SSL_ENGINE_SETFAILED:
-        case CURLE_SSL_CERTPROBLEM:
-        case CURLE_SSL_CIPHER:
-        case CURLE_SSL_ENGINE_INITFAILED:
-        case CURLE_SSL_CACERT_BADFILE:
-        case CURLE_SSL_SHUTDOWN_FAILED:
-        case CURLE_SSL_CRL_BADFILE:
-        case CURLE_USE_SSL_FAILED:
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_TLS,
-                             "The secure connection to " + sPeer + " failed: " + sWhat, sDetail);
-            break;
-        case CURLE_PEER_FAILED_VERIFICATION:
-        case CURLE_SSL_ISSUER_ERROR:
-        case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
-        case CURLE_SSL_INVALIDCERTSTATUS:
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_TLS,
-                             "The certificate of " + sPeer + " was refused: " + sWhat, sDetail);
-            break;
-        case CURLE_PARTIAL_FILE: {
-            curl_off_t nDown = 0;
-            curl_off_t nAnnounced = -1;
-            curl_easy_getinfo(pCurl, CURLINFO_SIZE_DOWNLOAD_T, &nDown);
-            curl_easy_getinfo(pCurl, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &nAnnounced);
-            std::string sMessage =
-                "The answer from " + sPeer + " stopped after " + std::to_string(nDown) + " bytes";
-            if (nAnnounced >= 0)
-                sMessage += " of the " + std::to_string(nAnnounced) + " announced";
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_CONNECTION_LOST,
-                             sMessage + ": the connection was closed", sDetail);
-            break;
-        }
-        case CURLE_GOT_NOTHING:
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_CONNECTION_LOST,
-                             sPeer + " closed the connection without answering", sDetail);
-            break;
-        case CURLE_RECV_ERROR:
-        case CURLE_SEND_ERROR:
-        case CURLE_HTTP2:
-        case CURLE_HTTP2_STREAM:
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_CONNECTION_LOST,
-                             "The connection to " + sPeer + " was lost: " + sWhat, sDetail);
-            break;
-        case CURLE_URL_MALFORMAT:
-        case CURLE_UNSUPPORTED_PROTOCOL:
-            KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
-                             "The address '" + stRequest.sUrl.substr(0, 200) +
-                                 "' cannot be asked: " + sWhat,
-                             sDetail);
-            break;
-        case CURLE_FILESIZE_EXCEEDED:
-        case CURLE_WRITE_ERROR:
-            if (stTransfer.bNoMemory) {
-                m_clError.SetErrorNoMemory();
-            } else if (stTransfer.bTooLarge || eCode == CURLE_FILESIZE_EXCEEDED) {
-                KVHost::SetError(m_clError, HOSTERROR_HTTP_TOO_LARGE,
-                                 "The answer from " + sPeer +
-                                     " is larger than the host's "
-                                     "limit of " +
-                                     std::to_string(m_stOptions.nMaxBody) +
-                                     " bytes (KVGGL_HTTP_MAX_BODY)",
-                                 sDetail);
-            } else {
-                KVHost::SetError(m_clError, HOSTERROR_HTTP_TRANSPORT,
-                                 "The exchange with " + sPeer + " failed: " + sWhat, sDetail);
-            }
-            break;
-        case CURLE_OUT_OF_MEMORY:
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_ENGINE_NOTFOUND:
+    case CURLE_SSL_ENGINE_SETFAILED:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_ENGINE_INITFAILED:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_SHUTDOWN_FAILED:
+    case CURLE_SSL_CRL_BADFILE:
+    case CURLE_USE_SSL_FAILED:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_TLS,
+                         "The secure connection to " + sPeer + " failed: " + sWhat, sDetail);
+        break;
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_TLS,
+                         "The certificate of " + sPeer + " was refused: " + sWhat, sDetail);
+        break;
+    case CURLE_PARTIAL_FILE: {
+        curl_off_t nDown = 0;
+        curl_off_t nAnnounced = -1;
+        curl_easy_getinfo(pCurl, CURLINFO_SIZE_DOWNLOAD_T, &nDown);
+        curl_easy_getinfo(pCurl, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &nAnnounced);
+        std::string sMessage =
+            "The answer from " + sPeer + " stopped after " + std::to_string(nDown) + " bytes";
+        if (nAnnounced >= 0)
+            sMessage += " of the " + std::to_string(nAnnounced) + " announced";
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_CONNECTION_LOST,
+                         sMessage + ": the connection was closed", sDetail);
+        break;
+    }
+    case CURLE_GOT_NOTHING:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_CONNECTION_LOST,
+                         sPeer + " closed the connection without answering", sDetail);
+        break;
+    case CURLE_RECV_ERROR:
+    case CURLE_SEND_ERROR:
+    case CURLE_HTTP2:
+    case CURLE_HTTP2_STREAM:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_CONNECTION_LOST,
+                         "The connection to " + sPeer + " was lost: " + sWhat, sDetail);
+        break;
+    case CURLE_URL_MALFORMAT:
+    case CURLE_UNSUPPORTED_PROTOCOL:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_BAD_REQUEST,
+                         "The address '" + st.sUrl.substr(0, 200) + "' cannot be asked: " + sWhat,
+                         sDetail);
+        break;
+    case CURLE_FILESIZE_EXCEEDED:
+    case CURLE_WRITE_ERROR:
+        if (stTransfer.bNoMemory) {
             m_clError.SetErrorNoMemory();
-            break;
-        default:
+        } else if (stTransfer.bTooLarge || eCode == CURLE_FILESIZE_EXCEEDED) {
+            KVHost::SetError(m_clError, HOSTERROR_HTTP_TOO_LARGE,
+                             "The answer from " + sPeer +
+                                 " is larger than the host's "
+                                 "limit of " +
+                                 std::to_string(m_stOptions.nMaxBody) +
+                                 " bytes (KVGGL_HTTP_MAX_BODY)",
+                             sDetail);
+        } else {
             KVHost::SetError(m_clError, HOSTERROR_HTTP_TRANSPORT,
                              "The exchange with " + sPeer + " failed: " + sWhat, sDetail);
-            break;
         }
-        return false;
+        break;
+    case CURLE_OUT_OF_MEMORY:
+        m_clError.SetErrorNoMemory();
+        break;
+    default:
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_TRANSPORT,
+                         "The exchange with " + sPeer + " failed: " + sWhat, sDetail);
+        break;
     }
+}
 
+// A transfer that went through: the answer is kept, and a redirect counted in its chain.
+bool CHTTPClient::_bKeepAnswer(const STTarget& stTarget, STHTTPTransfer& stTransfer) {
+    CURL* pCurl = static_cast<CURL*>(m_pCurl);
     long nStatus = 0;
     curl_easy_getinfo(pCurl, CURLINFO_RESPONSE_CODE, &nStatus);
     if (nStatus >= 300 && nStatus < 400 && nStatus != 304) {
@@ -705,10 +751,11 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
             m_nRedirects = 0;
             KVHost::SetError(
                 m_clError, HOSTERROR_HTTP_REDIRECT_LOOP,
-                sPeer + " answered " + std::to_string(knMaxRedirects + 1) + " redirects in a row" +
+                stTarget.sPeer + " answered " + std::to_string(knMaxRedirects + 1) +
+                    " redirects in a row" +
                     (pszTarget ? std::string(" (to ") + pszTarget + ")" : std::string()) +
                     "; the chain was stopped",
-                sDetail);
+                "URL " + stTarget.sUrl.substr(0, 300));
             return false;
         }
     } else {

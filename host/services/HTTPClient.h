@@ -43,6 +43,8 @@
 #include <string>
 #include <vector>
 
+struct STHTTPTransfer; // what one transfer's callbacks fill
+
 class CHTTPClient final : public IHTTP {
 public:
     // Redirects allowed in a row; the next one is refused.
@@ -86,8 +88,24 @@ private:
         bool bMustUnderstand = false;
     };
 
-    // Sends the request and keeps the answer; false with the cause in m_clError.
+    struct STTarget;
+
+    // Sends the request and keeps the answer; false with the cause in m_clError. The steps:
     bool _bExchange(const STRequest& stRequest);
+    // a request that does not go where the last redirect pointed starts a new chain;
+    void _ContinueOrEndChain(const std::string& sUrl);
+    // the address asked after routing, the headers with the routed Host;
+    bool _bRoute(const STRequest& stRequest, STTarget& stTarget);
+    // the transfer (false only when it could not start), configured by _Configure;
+    bool _bPerform(const STRequest& stRequest, const STTarget& stTarget, STHTTPTransfer& stTransfer,
+                   int& nCurlCode);
+    void _Configure(const STRequest& stRequest, const STTarget& stTarget,
+                    STHTTPTransfer& stTransfer);
+    // a failed transfer as one host error;
+    void _SetTransportError(int nCurlCode, const STRequest& stRequest, const STTarget& stTarget,
+                            const STHTTPTransfer& stTransfer);
+    // the answer kept, a redirect counted in its chain (the 21st refused).
+    bool _bKeepAnswer(const STTarget& stTarget, STHTTPTransfer& stTransfer);
     void _ClearAnswer();
 
     std::atomic<int> m_nRef{1};
