@@ -483,8 +483,21 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
     if (nCode != CURLE_OK) {
         m_nRedirects = 0;
         _SetTransportError(nCode, stRequest, stTarget, stTransfer);
+        switch (m_clError.nGetUserErrorCode()) {
+        case HOSTERROR_HTTP_RESOLVE:
+        case HOSTERROR_HTTP_CONNECT:
+        case HOSTERROR_HTTP_TLS:
+        case HOSTERROR_HTTP_TIMEOUT:
+            KVHost::NoteTransportFailure(stTarget.stParts.sHost,
+                                         static_cast<eHOSTERROR>(m_clError.nGetUserErrorCode()),
+                                         KVUtf8::VersUtf8(m_clError.pszGetUserMessage()));
+            break;
+        default:
+            break;
+        }
         return false;
     }
+    KVHost::ClearTransportFailure(stTarget.stParts.sHost);
     return _bKeepAnswer(stTarget, stTransfer);
 }
 

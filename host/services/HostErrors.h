@@ -35,6 +35,8 @@ enum eHOSTERROR : unsigned {
     HOSTERROR_LOGIN_RANDOM = 702003,   // no random state value could be drawn
     HOSTERROR_LOGIN_TIMEOUT = 702004,  // the browser never came back in time
     HOSTERROR_LOGIN_STATE = 702005,    // the answer did not bring the state value back
+    HOSTERROR_LOGIN_BROWSER = 702006,  // the browser command failed
+    HOSTERROR_LOGIN_CLIENT = 702007,   // the login address names no client (empty client_id)
     // Host functions
     HOSTERROR_TIME_INVALID = 703001, // a date that does not exist
 };
@@ -44,4 +46,13 @@ namespace KVHost {
 // addresses) as the debug message when given.
 void SetError(CXError& clError, eHOSTERROR eCode, std::string_view sMessage,
               std::string_view sDetail = {});
+
+// The last transport failure of the HTTP service with a host (name not resolved, connection
+// refused, TLS, timeout), kept so that the login dialogue that follows a failed silent refresh
+// can give that cause at once instead of waiting for a browser; an exchange that reaches the
+// host clears it. Host names as in the URL.
+void NoteTransportFailure(std::string_view svHost, eHOSTERROR eCode, std::string_view svMessage);
+void ClearTransportFailure(std::string_view svHost);
+// Whether the host failed so in the last minute, with the code and message.
+bool bRecentTransportFailure(std::string_view svHost, eHOSTERROR& eCode, std::string& sMessage);
 } // namespace KVHost

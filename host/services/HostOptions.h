@@ -13,7 +13,9 @@
 //                          the address as its last argument ("$1"); unset: xdg-open when
 //                          DISPLAY or WAYLAND_DISPLAY is set, otherwise the address is printed
 //                          on stderr; set and empty: printed
-//   KVGGL_LOGIN_WAIT       seconds the login dialogue waits for the browser; default 300
+//   KVGGL_LOGIN_WAIT       seconds the login dialogue waits for the browser; default 300, and
+//                          60 when no browser can be opened and no terminal is on standard
+//                          input (nobody may see the printed address), unless set
 //
 // Durations accept decimals ("0.5"). A value that cannot be read keeps the default and is
 // reported in the warnings.
@@ -33,6 +35,7 @@ struct STHostOptions {
     static constexpr long knTimeoutMs = 300000;
     static constexpr size_t knMaxBody = size_t{1} << 30;
     static constexpr long knLoginWaitMs = 300000;
+    static constexpr long knLoginWaitUnattendedMs = 60000;
     // Transfers above this size get the progress line.
     static constexpr long knProgressThreshold = 1 << 20;
 
@@ -44,6 +47,7 @@ struct STHostOptions {
     bool bBrowserSet = false; // false: the default choice above
     std::string sBrowser;
     long nLoginWaitMs = knLoginWaitMs;
+    bool bLoginWaitSet = false; // KVGGL_LOGIN_WAIT given: kept even when nobody is there
 
     // From a reader of variables (getenv in the host); what could not be read is described in
     // sWarnings, one line each.
