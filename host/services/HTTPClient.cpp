@@ -299,8 +299,17 @@ struct STStringWriter final : pugi::xml_writer {
 // ---------------------------------------------------------------------------------------------
 
 CHTTPClient::CHTTPClient(const STHostOptions& stOptions) : m_stOptions(stOptions) {
-    if (!m_clRouting.bParse(m_stOptions.sRoute, m_sRouteError) && m_sRouteError.empty())
+    if (!m_clRouting.bParse(m_stOptions.sRoute, m_sRouteError, m_stOptions.bRouteInsecure) &&
+        m_sRouteError.empty())
         m_sRouteError = "KVGGL_ROUTE cannot be read";
+    // Routing sends requests elsewhere than their URL says: the user hears it once.
+    static std::once_flag s_onceNotice;
+    if (!m_clRouting.bEmpty())
+        std::call_once(s_onceNotice, [this] {
+            std::string s = "kvggl: routing is on (KVGGL_ROUTE): " + m_clRouting.sDescribe() + "\n";
+            ssize_t n = ::write(STDERR_FILENO, s.data(), s.size());
+            (void)n;
+        });
     // Last, once nothing can throw: a constructor that throws runs no destructor.
     std::call_once(gOnceCurl, s_InitCurl);
     m_pCurl = curl_easy_init();
@@ -660,8 +669,13 @@ void CHTTPClient::_SetTransportError(int nCode, const STRequest& stRequest,
         curl_off_t nTlsTime = 0;
         curl_easy_getinfo(pCurl, CURLINFO_CONNECT_TIME_T, &nConnectTime);
         curl_easy_getinfo(pCurl, CURLINFO_APPCONNECT_TIME_T, &nTlsTime);
+        // A kept-alive connection has no connect time either: what ran out is told by how
+        // long the exchange lasted.
+        curl_off_t nTotalUs = 0;
+        curl_easy_getinfo(pCurl, CURLINFO_TOTAL_TIME_T, &nTotalUs);
+        bool bWhole = m_stOptions.nTimeoutMs > 0 && nTotalUs / 1000 >= m_stOptions.nTimeoutMs;
         std::string sMessage;
-        if (nConnectTime == 0)
+        if (nConnectTime == 0 && !bWhole)
             sMessage = "Connecting to " + sPeer + " took longer than " +
                        s_sSeconds(m_stOptions.nConnectTimeoutMs) +
                        " (the host's connect timeout, KVGGL_CONNECT_TIMEOUT)";

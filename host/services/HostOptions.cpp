@@ -47,6 +47,8 @@ STHostOptions STHostOptions::s_stFromVariables(const std::function<const char*(c
     STHostOptions st;
     if (const char* psz = fnGet("KVGGL_ROUTE"))
         st.sRoute = psz;
+    if (const char* psz = fnGet("KVGGL_ROUTE_INSECURE"))
+        st.bRouteInsecure = std::strcmp(psz, "1") == 0;
 
     struct STDuration {
         const char* pszName;

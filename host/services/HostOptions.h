@@ -3,6 +3,7 @@
 //
 //   KVGGL_ROUTE            origins served elsewhere: "origin=host:port,..." or "*=host:port"
 //                          (Routing.h); unset or empty: every request goes where its URL says
+//   KVGGL_ROUTE_INSECURE   "1": routing may send to a target that is not this machine
 //   KVGGL_CONNECT_TIMEOUT  seconds to connect, TLS handshake included; default 30
 //   KVGGL_TIMEOUT          seconds for one whole exchange; default 300; 0: no limit
 //   KVGGL_HTTP_MAX_BODY    bytes of an answer body kept at most; default 1073741824 (1 GiB),
@@ -40,6 +41,7 @@ struct STHostOptions {
     static constexpr long knProgressThreshold = 1 << 20;
 
     std::string sRoute;
+    bool bRouteInsecure = false;
     long nConnectTimeoutMs = knConnectTimeoutMs;
     long nTimeoutMs = knTimeoutMs; // 0: no limit
     size_t nMaxBody = knMaxBody;

@@ -117,20 +117,30 @@ bool CHostStoreService::bOpen(CXError* pclErreur) {
         return false;
     }
     // Made here rather than by the library, so that it is private from its first byte; the
-    // journal files the library makes beside it take the same mode.
-    int nFile = open(m_sPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (nFile < 0 || fchmod(nFile, 0600) != 0) {
+    // journal files the library makes beside it take the same mode. Never through a symbolic
+    // link, whose target would take that mode; a store the user may only read is opened so.
+    bool bReadOnly = false;
+    int nFile = open(m_sPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (nFile < 0 && (errno == EACCES || errno == EROFS)) {
+        nFile = open(m_sPath.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+        bReadOnly = nFile >= 0;
+    }
+    if (nFile < 0 || (!bReadOnly && fchmod(nFile, 0600) != 0)) {
         int nErrno = errno;
         if (nFile >= 0)
             close(nFile);
         KVDataService::Fail(pclErreur, DATASERVICE_STORE_OPEN,
                             L"The store \"" + sPath + L"\" cannot be opened: " +
-                                s_sSystemError(nErrno) + L".");
+                                (nErrno == ELOOP ? std::wstring(L"it is a symbolic link")
+                                                 : s_sSystemError(nErrno)) +
+                                L".");
         return false;
     }
     close(nFile);
     int nResult = sqlite3_open_v2(m_sPath.c_str(), &m_pDatabase,
-                                  SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX, nullptr);
+                                  (bReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) |
+                                      SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_NOFOLLOW,
+                                  nullptr);
     const char* pszSetup = "PRAGMA journal_mode=WAL;"
                            "PRAGMA synchronous=FULL;"
                            "CREATE TABLE IF NOT EXISTS entries("
@@ -138,7 +148,8 @@ bool CHostStoreService::bOpen(CXError* pclErreur) {
                            " PRIMARY KEY(section, key)) WITHOUT ROWID;";
     if (nResult == SQLITE_OK)
         nResult = sqlite3_busy_timeout(m_pDatabase, knBusyTimeoutMs);
-    if (nResult == SQLITE_OK)
+    // A read-only store is read as it stands: its journal mode and table are the writer's.
+    if (nResult == SQLITE_OK && !bReadOnly)
         nResult = sqlite3_exec(m_pDatabase, pszSetup, nullptr, nullptr, nullptr);
     if (nResult == SQLITE_OK)
         nResult = sqlite3_prepare_v2(m_pDatabase,

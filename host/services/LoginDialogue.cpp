@@ -137,7 +137,7 @@ void s_PrintAddress(const std::string& sFunction, const std::string& sUrl,
 } // namespace
 
 CLoginDialogue::CLoginDialogue(const STHostOptions& stOptions) : m_stOptions(stOptions) {
-    if (!m_clRouting.bParse(m_stOptions.sRoute, m_sRouteError) && m_sRouteError.empty())
+    if (!m_clRouting.bParse(m_stOptions.sRoute, m_sRouteError, m_stOptions.bRouteInsecure) && m_sRouteError.empty())
         m_sRouteError = "KVGGL_ROUTE cannot be read";
 }
 
