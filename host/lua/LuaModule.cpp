@@ -419,6 +419,7 @@ int s_nStatus(lua_State* L) {
 // sentinel was made before any of them and finalisers run in reverse order.
 int s_lEnd(lua_State*) {
     if (gpstHost && --gpstHost->nStates == 0) {
+        KVLua::gbHostLive = false;
         delete gpstHost;
         gpstHost = nullptr;
     }
@@ -434,6 +435,7 @@ int s_nOpenWork(lua_State* L) {
         if (!pst->clHost.bLoad(pst->sPath, sErreur))
             return KVLua::nPushMessage(L, "kvggl: " + sErreur);
         gpstHost = pst.release();
+        KVLua::gbHostLive = true;
     }
     ++gpstHost->nStates;
     lua_newuserdatauv(L, 0, 0);

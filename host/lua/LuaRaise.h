@@ -9,6 +9,10 @@
 
 namespace KVLua {
 
+// Whether the module's host runs: it ends with the last Lua state, and a finaliser that runs
+// after that (an object of the script made before the module) finds every entry refusing.
+inline bool gbHostLive = false;
+
 // Raises what the work left on top: a message (given the caller's position, as luaL_error
 // would) or an error table.
 inline int nRaise(lua_State* L) {
@@ -50,6 +54,11 @@ inline int nGuard(lua_State* L, FNWork fn) noexcept {
 }
 
 template <FNWork fn> int lCall(lua_State* L) {
+    if (!gbHostLive) {
+        lua_pushliteral(L, "kvggl: the module's host has ended (a call from a finaliser run "
+                           "after the module's last state closed)");
+        return nRaise(L);
+    }
     int n = nGuard(L, fn);
     return n < 0 ? nRaise(L) : n;
 }
