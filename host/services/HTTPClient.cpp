@@ -6,6 +6,7 @@
 #include "HostErrors.h"
 #include "KVResult.h"
 #include "ManipAUB.h"
+#include "Pkce.h"
 #include "Utf8.h"
 
 #include <curl/curl.h>
@@ -447,6 +448,15 @@ int CHTTPClient::vbExecute(CParametresHTTPRequete& clRequest, int /*nOption*/) {
 
         st.pBody = clRequest.m_clCorps.pGetDonnees();
         st.nBody = clRequest.m_clCorps.nGetTaille();
+        // The token request of a sign-in this host gave a proof key: its verifier goes along.
+        std::string sWithVerifier;
+        if (clRequest.m_nMethode == METHODE_HTTP_POST && st.nBody > 0 && st.nBody < 65536) {
+            sWithVerifier.assign(static_cast<const char*>(st.pBody), st.nBody);
+            if (KVPkce::bAddVerifier(sWithVerifier)) {
+                st.pBody = sWithVerifier.data();
+                st.nBody = sWithVerifier.size();
+            }
+        }
         st.bSendBody = bVerbHasBody || st.nBody > 0;
         if (st.bSendBody && !s_bHasHeader(st.tabHeaders, "Content-Type")) {
             std::string sType = KVUtf8::VersUtf8(clRequest.m_sTypeContenu.sv());

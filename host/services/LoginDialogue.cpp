@@ -3,6 +3,7 @@
 #include "HostBarrier.h"
 #include "HostErrors.h"
 #include "KVResult.h"
+#include "Pkce.h"
 #include "Utf8.h"
 #include "XError.h"
 #include "XYString.h"
@@ -17,6 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -137,7 +139,8 @@ void s_PrintAddress(const std::string& sFunction, const std::string& sUrl,
 } // namespace
 
 CLoginDialogue::CLoginDialogue(const STHostOptions& stOptions) : m_stOptions(stOptions) {
-    if (!m_clRouting.bParse(m_stOptions.sRoute, m_sRouteError, m_stOptions.bRouteInsecure) && m_sRouteError.empty())
+    if (!m_clRouting.bParse(m_stOptions.sRoute, m_sRouteError, m_stOptions.bRouteInsecure) &&
+        m_sRouteError.empty())
         m_sRouteError = "KVGGL_ROUTE cannot be read";
 }
 
@@ -283,7 +286,8 @@ struct CLoginDialogue::STSignIn {
     std::string sUrl;        // the login address, the state marker filled
     std::string sBrowserUrl; // as the browser opens it (routed origins in their browser form)
     std::string sFunction;
-    std::string sState; // empty: the address had no marker, any state is taken
+    std::string sState;    // empty: the address had no marker, any state is taken
+    std::string sVerifier; // the proof key the host added, empty when none
     bool bMarker = false;
     bool bUnattended = false; // no browser command and no terminal: nobody may see the address
     pid_t pidBrowser = 0;
@@ -412,6 +416,17 @@ bool CLoginDialogue::_bPrepare(const wchar_t* pszURLLogin, const wchar_t* pszNom
              n = st.sUrl.find(kszMarker, n + st.sState.size()))
             st.sUrl.replace(n, sizeof kszMarker - 1, st.sState);
     }
+    // A code asked without a proof key: the host adds its own (Pkce.h).
+    std::string sType, sChallenge;
+    if (s_bQueryValue(st.sUrl, "response_type", sType) && sType == "code" &&
+        !s_bQueryValue(st.sUrl, "code_challenge", sChallenge)) {
+        if (!KVPkce::bNew(st.sVerifier, sChallenge))
+            return Fail(HOSTERROR_LOGIN_RANDOM, "No random value could be drawn for the sign-in");
+        size_t nFragment = std::min(st.sUrl.find('#'), st.sUrl.size());
+        st.sUrl.insert(nFragment, std::string(st.sUrl.find('?') < nFragment ? "&" : "?") +
+                                      "code_challenge=" + sChallenge +
+                                      "&code_challenge_method=S256");
+    }
     st.sBrowserUrl = m_clRouting.sBrowserForm(st.sUrl);
     return true;
 }
@@ -536,6 +551,8 @@ void CLoginDialogue::_Serve(STSignIn& st, STClient& stClient, size_t nHeadEnd) {
         return s_Answer(stClient.nFd, 400, "Bad Request", kszPageRefused);
     }
     st.sHead = stClient.sReceived.substr(0, nHeadEnd + 2);
+    if (std::string sCode; !st.sVerifier.empty() && s_bQueryValue(svTarget, "code", sCode))
+        KVPkce::Remember(sCode, st.sVerifier);
     std::string sProviderError;
     bool bError = s_bQueryValue(svTarget, "error", sProviderError);
     s_Answer(stClient.nFd, 200, "OK", bError ? kszPageError : kszPageDone);
