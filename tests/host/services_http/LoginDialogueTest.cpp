@@ -310,8 +310,9 @@ TEST_F(LoginDialogueByHand, ServesStrayRequestsAndIdleConnectionsUntilTheAnswer)
     EXPECT_EQ(st.sAnswer, sHead);
 }
 
+// The command reads the address from KVGGL_LOGIN_URL here, which keeps it off the process list.
 TEST_F(LoginDialogueByHand, AcceptsAnyStateWhenTheAddressHadNoMarker) {
-    auto cl = NewDialogue(LoginOptions("printf '%s\\n' >" + m_sFile));
+    auto cl = NewDialogue(LoginOptions("printf '%s\\n' \"$KVGGL_LOGIN_URL\" >" + m_sFile + "; :"));
     std::string sRedirect = RedirectAddress(*cl);
     auto futDialogue = std::async(std::launch::async, [&] {
         return RunDialogue(*cl, "https://login.example.test/auth?redirect_uri=" + sRedirect);
