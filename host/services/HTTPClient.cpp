@@ -491,13 +491,16 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
         m_clError.SetErrorNoMemory();
         return false;
     }
-    _ContinueOrEndChain(stRequest.sUrl);
+    bool bNextHop = _bContinueOrEndChain(stRequest.sUrl);
     STTarget stTarget;
     if (!_bRoute(stRequest, stTarget))
         return false;
+    STRequest stSent = stRequest;
+    if (bNextHop && !_bKeepCredentialsOnOrigin(stSent, stTarget))
+        return false;
     STHTTPTransfer stTransfer;
     int nCode = CURLE_OK;
-    if (!_bPerform(stRequest, stTarget, stTransfer, nCode))
+    if (!_bPerform(stSent, stTarget, stTransfer, nCode))
         return false;
     if (nCode != CURLE_OK) {
         m_nRedirects = 0;
@@ -520,13 +523,41 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
     return _bKeepAnswer(stTarget, stTransfer);
 }
 
-void CHTTPClient::_ContinueOrEndChain(const std::string& sUrl) {
+bool CHTTPClient::_bContinueOrEndChain(const std::string& sUrl) {
     // Only a request to where the last redirect pointed (as written, or resolved) continues
     // its chain: separate calls that each end on a redirect their caller does not follow (a
     // 303, a 307) are no loop.
-    auto StartsWith = [&](const std::string& s) { return sUrl.rfind(s, 0) == 0; };
+    auto StartsWith = [&](const std::string& s) { return !s.empty() && sUrl.rfind(s, 0) == 0; };
     if (m_nRedirects > 0 && !StartsWith(m_sRedirectTarget) && !StartsWith(m_sRedirectResolved))
         m_nRedirects = 0;
+    return m_nRedirects > 0;
+}
+
+// The next hop of a redirect chain keeps the bearer header and the body only on the origin
+// (scheme, host, port) of the request that was redirected: whoever a Location names does not
+// get the user's token. Leaving https for http is refused outright.
+bool CHTTPClient::_bKeepCredentialsOnOrigin(STRequest& stRequest, STTarget& stTarget) {
+    const STUrlParts& st = stTarget.stParts;
+    std::string sOrigin = st.sScheme + "://" + st.sHostHeader();
+    for (char& c : sOrigin)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (sOrigin == m_sRedirectOrigin)
+        return true;
+    if (m_sRedirectOrigin.rfind("https:", 0) == 0 && st.sScheme == "http") {
+        m_nRedirects = 0;
+        KVHost::SetError(m_clError, HOSTERROR_HTTP_REDIRECT_INSECURE,
+                         "A redirect from " + m_sRedirectOrigin + " to plain http (" +
+                             stRequest.sUrl.substr(0, 200) +
+                             ") was refused: it would send the request in clear");
+        return false;
+    }
+    std::erase_if(stTarget.tabHeaders, [](const std::string& sLine) {
+        size_t nEnd = sLine.find_first_of(":;");
+        return s_bEqualNoCase(std::string_view(sLine).substr(0, nEnd), "Authorization");
+    });
+    stRequest.pBody = nullptr;
+    stRequest.nBody = 0;
+    return true;
 }
 
 bool CHTTPClient::_bRoute(const STRequest& stRequest, STTarget& st) {
@@ -784,6 +815,11 @@ bool CHTTPClient::_bKeepAnswer(const STTarget& stTarget, STHTTPTransfer& stTrans
         curl_easy_getinfo(pCurl, CURLINFO_REDIRECT_URL, &pszTarget);
         m_sRedirectTarget = s_sLocation(stTransfer.sHead);
         m_sRedirectResolved = pszTarget ? pszTarget : "";
+        if (m_nRedirects == 0) { // the origin the chain's credentials belong to
+            m_sRedirectOrigin = stTarget.stParts.sScheme + "://" + stTarget.stParts.sHostHeader();
+            for (char& c : m_sRedirectOrigin)
+                c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
         if (++m_nRedirects > knMaxRedirects) {
             m_nRedirects = 0;
             KVHost::SetError(

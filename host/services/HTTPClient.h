@@ -15,6 +15,9 @@
 //     any other answer starts the count again, and so does a request whose URL does not
 //     begin with the Location of the last 3xx, as written or resolved (a new call, not the
 //     next hop);
+//   - the next hop of a redirect chain sends the bearer header and the body only to the origin
+//     (scheme, host, port) of the chain's first request; a hop from https to http is refused
+//     with HOSTERROR_HTTP_REDIRECT_INSECURE;
 //   - a progress line on stderr for transfers over 1 MB (KVGGL_PROGRESS).
 // Failures are HostErrors.h codes with an English message naming the host and the cause.
 //
@@ -92,8 +95,11 @@ private:
 
     // Sends the request and keeps the answer; false with the cause in m_clError. The steps:
     bool _bExchange(const STRequest& stRequest);
-    // a request that does not go where the last redirect pointed starts a new chain;
-    void _ContinueOrEndChain(const std::string& sUrl);
+    // a request that does not go where the last redirect pointed starts a new chain (true:
+    // it is the next hop of one);
+    bool _bContinueOrEndChain(const std::string& sUrl);
+    // a next hop keeps the bearer header and the body on the chain's origin;
+    bool _bKeepCredentialsOnOrigin(STRequest& stRequest, STTarget& stTarget);
     // the address asked after routing, the headers with the routed Host;
     bool _bRoute(const STRequest& stRequest, STTarget& stTarget);
     // the transfer (false only when it could not start), configured by _Configure;
@@ -119,6 +125,7 @@ private:
     int m_nRedirects = 0;  // 3xx answers in a row, each request going where the last pointed
     std::string m_sRedirectTarget;   // the Location of the last of them, as written
     std::string m_sRedirectResolved; // and as resolved against the address it came from
+    std::string m_sRedirectOrigin;   // scheme://host[:port] of the chain's first request
 
     bool m_bAnswer = false;
     long m_nStatus = 0;

@@ -16,19 +16,20 @@ class CXError;
 
 enum eHOSTERROR : unsigned {
     // HTTP and SOAP
-    HOSTERROR_HTTP_RESOLVE = 701001,         // the host name is unknown
-    HOSTERROR_HTTP_CONNECT = 701002,         // no connection could be made
-    HOSTERROR_HTTP_TLS = 701003,             // the secure channel or its certificate was refused
-    HOSTERROR_HTTP_TIMEOUT = 701004,         // connecting or the whole exchange took too long
-    HOSTERROR_HTTP_CONNECTION_LOST = 701005, // the answer stopped short or never came
-    HOSTERROR_HTTP_BAD_REQUEST = 701006,     // address, verb, header or envelope not sendable
-    HOSTERROR_HTTP_TOO_LARGE = 701007,       // the body is over the host's limit
-    HOSTERROR_HTTP_REDIRECT_LOOP = 701008,   // the 21st redirect in a row
-    HOSTERROR_HTTP_TRANSPORT = 701009,       // any other transport failure
-    HOSTERROR_HTTP_NO_ANSWER = 701010,       // a result asked of an exchange that gave none
-    HOSTERROR_HTTP_ROUTE = 701011,           // the routing setting cannot be read
-    HOSTERROR_SOAP_NOT_SOAP = 701012,        // a failure status without a SOAP fault
-    HOSTERROR_SOAP_NO_FAULT = 701013,        // a fault part asked when the reply held none
+    HOSTERROR_HTTP_RESOLVE = 701001,           // the host name is unknown
+    HOSTERROR_HTTP_CONNECT = 701002,           // no connection could be made
+    HOSTERROR_HTTP_TLS = 701003,               // the secure channel or its certificate was refused
+    HOSTERROR_HTTP_TIMEOUT = 701004,           // connecting or the whole exchange took too long
+    HOSTERROR_HTTP_CONNECTION_LOST = 701005,   // the answer stopped short or never came
+    HOSTERROR_HTTP_BAD_REQUEST = 701006,       // address, verb, header or envelope not sendable
+    HOSTERROR_HTTP_TOO_LARGE = 701007,         // the body is over the host's limit
+    HOSTERROR_HTTP_REDIRECT_LOOP = 701008,     // the 21st redirect in a row
+    HOSTERROR_HTTP_TRANSPORT = 701009,         // any other transport failure
+    HOSTERROR_HTTP_NO_ANSWER = 701010,         // a result asked of an exchange that gave none
+    HOSTERROR_HTTP_ROUTE = 701011,             // the routing setting cannot be read
+    HOSTERROR_SOAP_NOT_SOAP = 701012,          // a failure status without a SOAP fault
+    HOSTERROR_SOAP_NO_FAULT = 701013,          // a fault part asked when the reply held none
+    HOSTERROR_HTTP_REDIRECT_INSECURE = 701014, // a redirect from https to plain http
     // Login dialogue
     HOSTERROR_LOGIN_LISTENER = 702001, // the redirect address cannot be served
     HOSTERROR_LOGIN_URL = 702002,      // no login address, or no redirect address given out
