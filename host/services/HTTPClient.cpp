@@ -116,6 +116,25 @@ size_t s_nOnBody(char* p, size_t nSize, size_t nCount, void* pv) {
     return nBytes;
 }
 
+// A Location resolved against the address it answered (not the routed one): absolute as it
+// stands, "//host/p" with the scheme, "/p" on the origin, "p" beside the last path segment.
+std::string s_sResolve(const std::string& sBase, const std::string& sLocation) {
+    if (sLocation.empty() || sLocation.find("://") != std::string::npos)
+        return sLocation;
+    size_t nScheme = sBase.find("://");
+    if (nScheme == std::string::npos)
+        return sLocation;
+    if (sLocation.rfind("//", 0) == 0)
+        return sBase.substr(0, nScheme + 1) + sLocation;
+    size_t nPath = sBase.find_first_of("/?#", nScheme + 3);
+    std::string sOrigin = sBase.substr(0, nPath);
+    if (sLocation.front() == '/')
+        return sOrigin + sLocation;
+    std::string sPath = nPath == std::string::npos ? "/" : sBase.substr(nPath);
+    sPath = sPath.substr(0, sPath.find_first_of("?#"));
+    return sOrigin + sPath.substr(0, sPath.rfind('/') + 1) + sLocation;
+}
+
 // The Location of a head as the server wrote it, blanks around it removed; "" when none.
 std::string s_sLocation(std::string_view svHead) {
     constexpr std::string_view svName = "location:";
@@ -476,8 +495,9 @@ int CHTTPClient::vbExecute(CParametresHTTPRequete& clRequest, int /*nOption*/) {
 // The address an exchange goes to, after routing, and how messages name the other side.
 struct CHTTPClient::STTarget {
     STUrlParts stParts;
-    std::string sUrl;  // what libcurl asks: the routed address, or the request's own
-    std::string sPeer; // "host[:port]", with " (routed to ...)" when routed
+    std::string sUrl;        // what libcurl asks: the routed address, or the request's own
+    std::string sRequestUrl; // the request's own
+    std::string sPeer;       // "host[:port]", with " (routed to ...)" when routed
     bool bRouted = false;
     std::vector<std::string> tabHeaders;
 };
@@ -492,10 +512,14 @@ bool CHTTPClient::_bExchange(const STRequest& stRequest) {
         return false;
     }
     bool bNextHop = _bContinueOrEndChain(stRequest.sUrl);
-    STTarget stTarget;
-    if (!_bRoute(stRequest, stTarget))
-        return false;
     STRequest stSent = stRequest;
+    // A relative Location goes where it points from the address that was redirected.
+    if (bNextHop && stRequest.sUrl == m_sRedirectTarget &&
+        stRequest.sUrl.find("://") == std::string::npos)
+        stSent.sUrl = m_sRedirectResolved;
+    STTarget stTarget;
+    if (!_bRoute(stSent, stTarget))
+        return false;
     if (bNextHop && !_bKeepCredentialsOnOrigin(stSent, stTarget))
         return false;
     STHTTPTransfer stTransfer;
@@ -568,6 +592,7 @@ bool CHTTPClient::_bRoute(const STRequest& stRequest, STTarget& st) {
         return false;
     }
     st.sUrl = stRequest.sUrl;
+    st.sRequestUrl = stRequest.sUrl;
     st.sPeer = st.stParts.sHostHeader();
     st.tabHeaders = stRequest.tabHeaders;
     std::string sRouted, sHostHeader;
@@ -811,10 +836,9 @@ bool CHTTPClient::_bKeepAnswer(const STTarget& stTarget, STHTTPTransfer& stTrans
     long nStatus = 0;
     curl_easy_getinfo(pCurl, CURLINFO_RESPONSE_CODE, &nStatus);
     if (nStatus >= 300 && nStatus < 400 && nStatus != 304) {
-        const char* pszTarget = nullptr;
-        curl_easy_getinfo(pCurl, CURLINFO_REDIRECT_URL, &pszTarget);
         m_sRedirectTarget = s_sLocation(stTransfer.sHead);
-        m_sRedirectResolved = pszTarget ? pszTarget : "";
+        m_sRedirectResolved = s_sResolve(stTarget.sRequestUrl, m_sRedirectTarget);
+        const char* pszTarget = m_sRedirectResolved.c_str();
         if (m_nRedirects == 0) { // the origin the chain's credentials belong to
             m_sRedirectOrigin = stTarget.stParts.sScheme + "://" + stTarget.stParts.sHostHeader();
             for (char& c : m_sRedirectOrigin)

@@ -1,6 +1,7 @@
 -- Credentials stay on their origin: a service request redirected to another origin is followed
 -- without the bearer and without the body; one redirected to the same origin keeps both; a
--- redirect from https to plain http is refused by the host.
+-- redirect from https to plain http is refused by the host. A relative Location is followed
+-- from the address it answered.
 local kvggl = require "kvggl"
 local W = dofile(arg[0]:match("(.*/)") .. "wire.lua")
 
@@ -14,6 +15,7 @@ local cases = {
     {what = "another port", to = "https://www.googleapis.com:8443/x", target = "/x"},
     {what = "the same origin", to = "https://www.googleapis.com" .. LIST .. "/primary",
      target = LIST .. "/primary", kept = true},
+    {what = "a relative address", to = LIST .. "/primary", target = LIST .. "/primary", kept = true},
     {what = "plain http", to = "http://www.googleapis.com/x", refused = 701014},
 }
 for _, case in ipairs(cases) do
