@@ -1,6 +1,7 @@
 #include "ComponentLoader.h"
 
 #include "HostInformation.h"
+#include "StrMemAlloc.h"
 #include "KLLibraryInterface.h"
 #include "Tables.h"
 
@@ -77,6 +78,7 @@ bool CComponentLoader::bLoad(
     if (!m_hHost)
         return Echec(sError);
     CHostInformation::ms_piLibShop = piLibShop;
+    CInformationModule::ms_piStrMemAlloc = CHostInformation::ms_piStringAllocator;
     CHostInformation::ms_qwMainThread = static_cast<uint64_t>(pthread_self());
     STInitExecution stInit{sizeof(STInitExecution), m_hHost, knUsage1, knUsage2, piLibShop};
     m_pfnExecution = pfnExecution;

@@ -1,5 +1,6 @@
 #include "HostInformation.h"
 
+#include "AllocationFaults.h"
 #include "StrMemAlloc.h"
 
 #include <cerrno>
@@ -13,7 +14,8 @@ int CHostInformation::ms_nRealProductCode = knDefaultProductCode;
 uint64_t CHostInformation::ms_qwOptions = knDefaultOptions;
 IGlobalFactory* CHostInformation::ms_piGlobalFactory = nullptr;
 ILibShop* CHostInformation::ms_piLibShop = nullptr;
-IStrMemAlloc* CHostInformation::ms_piStringAllocator = &CInformationModule::s_AllocateurStandard();
+// The C library's allocator behind the fault counter, which costs nothing until a test arms it.
+IStrMemAlloc* CHostInformation::ms_piStringAllocator = &KVAllocationFaults::StringAllocator();
 uint64_t CHostInformation::ms_qwMainThread = 0;
 int CHostInformation::ms_bMultithread = 0;
 int CHostInformation::ms_nUnloadNotices = 0;

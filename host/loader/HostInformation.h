@@ -14,7 +14,8 @@
 //   10 topology collector          none (0)
 //   11 smartphone mode             0
 //   12 locale information          none (0)
-//   13 string allocator            the C library's, shared by both sides
+//   13 string allocator            the C library's behind the fault counter (AllocationFaults.h),
+//                                  shared by both sides and used by the host's own strings
 //   14 multithread flag            the address of the host's flag (0: one script thread)
 //   15 component information       none (0)
 //   17 main thread                 the thread that loaded the component

@@ -1,5 +1,7 @@
 #include "HostLibShop.h"
 
+#include "HostBarrier.h"
+
 void CHostLibShop::Register(const std::wstring& sNom, CRef<IInterfaceObjetBase> clService) {
     m_mapServices[sNom] = STService{std::move(clService), {}};
 }
@@ -22,15 +24,18 @@ void CHostLibShop::Clear() {
 }
 
 IInterfaceObjetBase* CHostLibShop::_piFind(const wchar_t* pszNom, CXError* pclErreur) {
-    if (!pszNom)
-        return nullptr;
-    m_tabRequests.emplace_back(pszNom);
-    auto it = m_mapServices.find(pszNom);
-    if (it == m_mapServices.end())
-        return nullptr;
-    if (it->second.fnMaker)
-        return it->second.fnMaker(pclErreur);
-    return CRef<IInterfaceObjetBase>(it->second.clInstance).pDetach();
+    return KVHost::Guard(pclErreur, static_cast<IInterfaceObjetBase*>(nullptr),
+                         [&]() -> IInterfaceObjetBase* {
+                             if (!pszNom)
+                                 return nullptr;
+                             m_tabRequests.emplace_back(pszNom);
+                             auto it = m_mapServices.find(pszNom);
+                             if (it == m_mapServices.end())
+                                 return nullptr;
+                             if (it->second.fnMaker)
+                                 return it->second.fnMaker(pclErreur);
+                             return CRef<IInterfaceObjetBase>(it->second.clInstance).pDetach();
+                         });
 }
 
 IInterfaceObjetBase* CHostLibShop::piGetInterface(int, int, const wchar_t* pszNom,

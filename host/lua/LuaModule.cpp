@@ -12,6 +12,7 @@
 #include <lua.hpp>
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -418,6 +419,7 @@ int s_nStatus(lua_State* L) {
 // sentinel was made before any of them and finalisers run in reverse order.
 int s_lEnd(lua_State*) {
     if (gpstHost && --gpstHost->nStates == 0) {
+        KVLua::gbHostLive = false;
         delete gpstHost;
         gpstHost = nullptr;
     }
@@ -426,14 +428,14 @@ int s_lEnd(lua_State*) {
 
 int s_nOpenWork(lua_State* L) {
     if (!gpstHost) {
-        auto* pst = new STModuleHost;
+        // Held until it is loaded, so that a load cut short by memory unloads what it began.
+        auto pst = std::make_unique<STModuleHost>();
         pst->sPath = CHost::s_sDefaultPath();
         std::string sErreur;
-        if (!pst->clHost.bLoad(pst->sPath, sErreur)) {
-            delete pst;
+        if (!pst->clHost.bLoad(pst->sPath, sErreur))
             return KVLua::nPushMessage(L, "kvggl: " + sErreur);
-        }
-        gpstHost = pst;
+        gpstHost = pst.release();
+        KVLua::gbHostLive = true;
     }
     ++gpstHost->nStates;
     lua_newuserdatauv(L, 0, 0);
@@ -483,7 +485,7 @@ int s_nOpenWork(lua_State* L) {
 } // namespace
 
 int CLuaModule::s_nOpen(lua_State* L) {
-    int n = s_nOpenWork(L);
+    int n = KVLua::nGuard(L, s_nOpenWork);
     return n < 0 ? lua_error(L) : n;
 }
 

@@ -138,7 +138,8 @@ int s_lObjetEq(lua_State* L) {
 
 int s_lObjetToString(lua_State* L) {
     IObjetBase* pi = CLuaObjects::s_piObject(L, 1);
-    std::string s = pi ? s_sNomClasse(gpclHost->nClassOf(pi)) : std::string("freed object");
+    std::string s = pi && KVLua::gbHostLive ? s_sNomClasse(gpclHost->nClassOf(pi))
+                                            : std::string("freed object");
     lua_pushfstring(L, "%s: %p", s.c_str(), static_cast<void*>(pi));
     return 1;
 }
@@ -174,7 +175,7 @@ int s_nObjetPairs(lua_State* L) {
 // ---- Collections ---------------------------------------------------------------------------
 
 std::string s_sNomCollection(const STLuaCollection* p) {
-    const auto* pst = s_pstClasse(p->nClasse);
+    const auto* pst = p && KVLua::gbHostLive ? s_pstClasse(p->nClasse) : nullptr;
     if (!pst || p->nAccesseur < 0)
         return "collection";
     return "collection " + pst->tabAccessors[static_cast<size_t>(p->nAccesseur)].sName + " of " +
@@ -183,6 +184,10 @@ std::string s_sNomCollection(const STLuaCollection* p) {
 
 int s_nCollectionIndex(lua_State* L) {
     STLuaCollection* p = s_pCollection(L, 1);
+    if (!p)
+        return KVLua::nPushMessage(L, std::string("bad argument #1 to '__index' (collection "
+                                                  "expected, got ") +
+                                          luaL_typename(L, 1) + ")");
     if (lua_type(L, 2) == LUA_TSTRING) {
         lua_pushvalue(L, 2);
         if (lua_rawget(L, lua_upvalueindex(1)) != LUA_TNIL)

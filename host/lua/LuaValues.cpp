@@ -28,6 +28,7 @@ int s_nRawField(lua_State* L, int i, const char* psz) {
 }
 
 int s_lErrorToString(lua_State* L) {
+    luaL_checktype(L, 1, LUA_TTABLE); // raised here: no C++ value is alive yet
     s_nRawField(L, 1, "code");
     lua_Integer nCode = lua_tointeger(L, -1);
     s_nRawField(L, 1, "level");
@@ -149,14 +150,19 @@ bool s_bVersHote(lua_State* L, int i, CHostValue& cl, std::string& sWhy, int nPr
 } // namespace
 
 void CLuaValues::s_Register(lua_State* L) {
+    // Protected, so that a script cannot reach the functions and call them on anything.
     if (luaL_newmetatable(L, kszDateMeta)) {
         lua_pushcfunction(L, s_lDateToString);
         lua_setfield(L, -2, "__tostring");
+        lua_pushliteral(L, "kvggl.date");
+        lua_setfield(L, -2, "__metatable");
     }
     lua_pop(L, 1);
     if (luaL_newmetatable(L, kszErrorMeta)) {
         lua_pushcfunction(L, s_lErrorToString);
         lua_setfield(L, -2, "__tostring");
+        lua_pushliteral(L, "kvggl.error");
+        lua_setfield(L, -2, "__metatable");
     }
     lua_pop(L, 1);
 }

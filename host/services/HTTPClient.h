@@ -15,6 +15,9 @@
 //     any other answer starts the count again, and so does a request whose URL does not
 //     begin with the Location of the last 3xx, as written or resolved (a new call, not the
 //     next hop);
+//   - the next hop of a redirect chain sends the bearer header and the body only to the origin
+//     (scheme, host, port) of the chain's first request; a hop from https to http is refused
+//     with HOSTERROR_HTTP_REDIRECT_INSECURE;
 //   - a progress line on stderr for transfers over 1 MB (KVGGL_PROGRESS).
 // Failures are HostErrors.h codes with an English message naming the host and the cause.
 //
@@ -42,6 +45,8 @@
 #include <mutex>
 #include <string>
 #include <vector>
+
+struct STHTTPTransfer; // what one transfer's callbacks fill
 
 class CHTTPClient final : public IHTTP {
 public:
@@ -86,8 +91,27 @@ private:
         bool bMustUnderstand = false;
     };
 
-    // Sends the request and keeps the answer; false with the cause in m_clError.
+    struct STTarget;
+
+    // Sends the request and keeps the answer; false with the cause in m_clError. The steps:
     bool _bExchange(const STRequest& stRequest);
+    // a request that does not go where the last redirect pointed starts a new chain (true:
+    // it is the next hop of one);
+    bool _bContinueOrEndChain(const std::string& sUrl);
+    // a next hop keeps the bearer header and the body on the chain's origin;
+    bool _bKeepCredentialsOnOrigin(STRequest& stRequest, STTarget& stTarget);
+    // the address asked after routing, the headers with the routed Host;
+    bool _bRoute(const STRequest& stRequest, STTarget& stTarget);
+    // the transfer (false only when it could not start), configured by _Configure;
+    bool _bPerform(const STRequest& stRequest, const STTarget& stTarget, STHTTPTransfer& stTransfer,
+                   int& nCurlCode);
+    void _Configure(const STRequest& stRequest, const STTarget& stTarget,
+                    STHTTPTransfer& stTransfer);
+    // a failed transfer as one host error;
+    void _SetTransportError(int nCurlCode, const STRequest& stRequest, const STTarget& stTarget,
+                            const STHTTPTransfer& stTransfer);
+    // the answer kept, a redirect counted in its chain (the 21st refused).
+    bool _bKeepAnswer(const STTarget& stTarget, STHTTPTransfer& stTransfer);
     void _ClearAnswer();
 
     std::atomic<int> m_nRef{1};
@@ -101,6 +125,7 @@ private:
     int m_nRedirects = 0;  // 3xx answers in a row, each request going where the last pointed
     std::string m_sRedirectTarget;   // the Location of the last of them, as written
     std::string m_sRedirectResolved; // and as resolved against the address it came from
+    std::string m_sRedirectOrigin;   // scheme://host[:port] of the chain's first request
 
     bool m_bAnswer = false;
     long m_nStatus = 0;

@@ -1,5 +1,7 @@
 #include "HTTPHeaders.h"
 
+#include "HostBarrier.h"
+
 void CHTTPHeaders::vAddRef() {
     m_nRef.fetch_add(1, std::memory_order_relaxed);
 }
@@ -10,10 +12,12 @@ void CHTTPHeaders::vRelease() {
 }
 
 void CHTTPHeaders::vAjoute(const wchar_t* pszNom, const wchar_t* pszValeur) {
-    if (!pszNom)
-        return;
-    m_tabNames.emplace_back(pszNom);
-    m_tabValues.emplace_back(pszValeur ? pszValeur : L"");
+    KVHost::Guard(nullptr, [&] {
+        if (!pszNom)
+            return;
+        m_tabNames.emplace_back(pszNom);
+        m_tabValues.emplace_back(pszValeur ? pszValeur : L"");
+    });
 }
 
 int CHTTPHeaders::vnGetNbEntete() {

@@ -47,6 +47,8 @@ STHostOptions STHostOptions::s_stFromVariables(const std::function<const char*(c
     STHostOptions st;
     if (const char* psz = fnGet("KVGGL_ROUTE"))
         st.sRoute = psz;
+    if (const char* psz = fnGet("KVGGL_ROUTE_INSECURE"))
+        st.bRouteInsecure = std::strcmp(psz, "1") == 0;
 
     struct STDuration {
         const char* pszName;
@@ -62,6 +64,8 @@ STHostOptions STHostOptions::s_stFromVariables(const std::function<const char*(c
         if (psz && *psz && !s_bReadSeconds(psz, *d.pnMs))
             s_Warn(sWarnings, d.pszName, psz, "a number of seconds");
     }
+    if (const char* psz = fnGet("KVGGL_LOGIN_WAIT"); psz && *psz)
+        st.bLoginWaitSet = true;
     // A connect timeout of 0 would mean libcurl's own default, not "none": keep ours.
     if (st.nConnectTimeoutMs == 0)
         st.nConnectTimeoutMs = knConnectTimeoutMs;

@@ -3,6 +3,7 @@
 //
 //   KVGGL_ROUTE            origins served elsewhere: "origin=host:port,..." or "*=host:port"
 //                          (Routing.h); unset or empty: every request goes where its URL says
+//   KVGGL_ROUTE_INSECURE   "1": routing may send to a target that is not this machine
 //   KVGGL_CONNECT_TIMEOUT  seconds to connect, TLS handshake included; default 30
 //   KVGGL_TIMEOUT          seconds for one whole exchange; default 300; 0: no limit
 //   KVGGL_HTTP_MAX_BODY    bytes of an answer body kept at most; default 1073741824 (1 GiB),
@@ -13,7 +14,9 @@
 //                          the address as its last argument ("$1"); unset: xdg-open when
 //                          DISPLAY or WAYLAND_DISPLAY is set, otherwise the address is printed
 //                          on stderr; set and empty: printed
-//   KVGGL_LOGIN_WAIT       seconds the login dialogue waits for the browser; default 300
+//   KVGGL_LOGIN_WAIT       seconds the login dialogue waits for the browser; default 300, and
+//                          60 when no browser can be opened and no terminal is on standard
+//                          input (nobody may see the printed address), unless set
 //
 // Durations accept decimals ("0.5"). A value that cannot be read keeps the default and is
 // reported in the warnings.
@@ -33,10 +36,12 @@ struct STHostOptions {
     static constexpr long knTimeoutMs = 300000;
     static constexpr size_t knMaxBody = size_t{1} << 30;
     static constexpr long knLoginWaitMs = 300000;
+    static constexpr long knLoginWaitUnattendedMs = 60000;
     // Transfers above this size get the progress line.
     static constexpr long knProgressThreshold = 1 << 20;
 
     std::string sRoute;
+    bool bRouteInsecure = false;
     long nConnectTimeoutMs = knConnectTimeoutMs;
     long nTimeoutMs = knTimeoutMs; // 0: no limit
     size_t nMaxBody = knMaxBody;
@@ -44,6 +49,7 @@ struct STHostOptions {
     bool bBrowserSet = false; // false: the default choice above
     std::string sBrowser;
     long nLoginWaitMs = knLoginWaitMs;
+    bool bLoginWaitSet = false; // KVGGL_LOGIN_WAIT given: kept even when nobody is there
 
     // From a reader of variables (getenv in the host); what could not be read is described in
     // sWarnings, one line each.

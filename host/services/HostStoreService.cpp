@@ -1,5 +1,6 @@
 #include "HostStoreService.h"
 
+#include "HostBarrier.h"
 #include "DataServiceErrors.h"
 #include "Utf8.h"
 
@@ -116,20 +117,30 @@ bool CHostStoreService::bOpen(CXError* pclErreur) {
         return false;
     }
     // Made here rather than by the library, so that it is private from its first byte; the
-    // journal files the library makes beside it take the same mode.
-    int nFile = open(m_sPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (nFile < 0 || fchmod(nFile, 0600) != 0) {
+    // journal files the library makes beside it take the same mode. Never through a symbolic
+    // link, whose target would take that mode; a store the user may only read is opened so.
+    bool bReadOnly = false;
+    int nFile = open(m_sPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (nFile < 0 && (errno == EACCES || errno == EROFS)) {
+        nFile = open(m_sPath.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+        bReadOnly = nFile >= 0;
+    }
+    if (nFile < 0 || (!bReadOnly && fchmod(nFile, 0600) != 0)) {
         int nErrno = errno;
         if (nFile >= 0)
             close(nFile);
         KVDataService::Fail(pclErreur, DATASERVICE_STORE_OPEN,
                             L"The store \"" + sPath + L"\" cannot be opened: " +
-                                s_sSystemError(nErrno) + L".");
+                                (nErrno == ELOOP ? std::wstring(L"it is a symbolic link")
+                                                 : s_sSystemError(nErrno)) +
+                                L".");
         return false;
     }
     close(nFile);
     int nResult = sqlite3_open_v2(m_sPath.c_str(), &m_pDatabase,
-                                  SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX, nullptr);
+                                  (bReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) |
+                                      SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_NOFOLLOW,
+                                  nullptr);
     const char* pszSetup = "PRAGMA journal_mode=WAL;"
                            "PRAGMA synchronous=FULL;"
                            "CREATE TABLE IF NOT EXISTS entries("
@@ -137,7 +148,8 @@ bool CHostStoreService::bOpen(CXError* pclErreur) {
                            " PRIMARY KEY(section, key)) WITHOUT ROWID;";
     if (nResult == SQLITE_OK)
         nResult = sqlite3_busy_timeout(m_pDatabase, knBusyTimeoutMs);
-    if (nResult == SQLITE_OK)
+    // A read-only store is read as it stands: its journal mode and table are the writer's.
+    if (nResult == SQLITE_OK && !bReadOnly)
         nResult = sqlite3_exec(m_pDatabase, pszSetup, nullptr, nullptr, nullptr);
     if (nResult == SQLITE_OK)
         nResult = sqlite3_prepare_v2(m_pDatabase,
@@ -161,89 +173,94 @@ bool CHostStoreService::bOpen(CXError* pclErreur) {
 
 void CHostStoreService::vEcrit(const wchar_t* pszSection, const wchar_t* pszCle,
                                const wchar_t* pszValeur, CXError* pclErreur) {
-    if (!pszSection || !pszCle) {
-        KVDataService::Fail(pclErreur, DATASERVICE_STORE_ARGUMENT,
-                            L"A value of the store is written under a section and a key.");
-        return;
-    }
-    std::string sSection = KVUtf8::VersUtf8(pszSection);
-    std::string sKey = KVUtf8::VersUtf8(pszCle);
-    std::string sValue = KVUtf8::VersUtf8(pszValeur ? pszValeur : L"");
-    std::lock_guard<std::mutex> clLock(m_mutex);
-    if (!bOpen(pclErreur))
-        return;
-    CStatementReset clReset(m_pWrite);
-    int nResult = sqlite3_bind_text(m_pWrite, 1, sSection.data(), static_cast<int>(sSection.size()),
-                                    SQLITE_STATIC);
-    if (nResult == SQLITE_OK)
-        nResult = sqlite3_bind_text(m_pWrite, 2, sKey.data(), static_cast<int>(sKey.size()),
-                                    SQLITE_STATIC);
-    if (nResult == SQLITE_OK)
-        nResult = sqlite3_bind_text(m_pWrite, 3, sValue.data(), static_cast<int>(sValue.size()),
-                                    SQLITE_STATIC);
-    if (nResult == SQLITE_OK)
-        nResult = sqlite3_step(m_pWrite);
-    if (nResult != SQLITE_DONE)
-        KVDataService::Fail(pclErreur, DATASERVICE_STORE_ACCESS,
-                            L"The value \"" + std::wstring(pszSection) + L"/" +
-                                std::wstring(pszCle) + L"\" cannot be written to the store \"" +
-                                KVUtf8::VersWide(m_sPath) + L"\": " + sLastError() + L".",
-                            L"SQLite result " + std::to_wstring(nResult));
+    KVHost::Guard(pclErreur, [&] {
+        if (!pszSection || !pszCle) {
+            KVDataService::Fail(pclErreur, DATASERVICE_STORE_ARGUMENT,
+                                L"A value of the store is written under a section and a key.");
+            return;
+        }
+        std::string sSection = KVUtf8::VersUtf8(pszSection);
+        std::string sKey = KVUtf8::VersUtf8(pszCle);
+        std::string sValue = KVUtf8::VersUtf8(pszValeur ? pszValeur : L"");
+        std::lock_guard<std::mutex> clLock(m_mutex);
+        if (!bOpen(pclErreur))
+            return;
+        CStatementReset clReset(m_pWrite);
+        int nResult = sqlite3_bind_text(m_pWrite, 1, sSection.data(),
+                                        static_cast<int>(sSection.size()), SQLITE_STATIC);
+        if (nResult == SQLITE_OK)
+            nResult = sqlite3_bind_text(m_pWrite, 2, sKey.data(), static_cast<int>(sKey.size()),
+                                        SQLITE_STATIC);
+        if (nResult == SQLITE_OK)
+            nResult = sqlite3_bind_text(m_pWrite, 3, sValue.data(), static_cast<int>(sValue.size()),
+                                        SQLITE_STATIC);
+        if (nResult == SQLITE_OK)
+            nResult = sqlite3_step(m_pWrite);
+        if (nResult != SQLITE_DONE)
+            KVDataService::Fail(pclErreur, DATASERVICE_STORE_ACCESS,
+                                L"The value \"" + std::wstring(pszSection) + L"/" +
+                                    std::wstring(pszCle) + L"\" cannot be written to the store \"" +
+                                    KVUtf8::VersWide(m_sPath) + L"\": " + sLastError() + L".",
+                                L"SQLite result " + std::to_wstring(nResult));
+    });
 }
 
 int CHostStoreService::vbLit(const wchar_t* pszSection, const wchar_t* pszCle,
                              const wchar_t* pszDefaut, wchar_t** ppszValeur, CXError* pclErreur) {
-    if (!ppszValeur) {
-        KVDataService::Fail(pclErreur, DATASERVICE_STORE_ARGUMENT,
-                            L"A value of the store is read into a text.");
-        return 0;
-    }
-    *ppszValeur = nullptr;
-    if (!pszSection || !pszCle) {
-        KVDataService::Fail(pclErreur, DATASERVICE_STORE_ARGUMENT,
-                            L"A value of the store is read under a section and a key.");
-        return 0;
-    }
-    std::string sSection = KVUtf8::VersUtf8(pszSection);
-    std::string sKey = KVUtf8::VersUtf8(pszCle);
-    std::wstring sValue;
-    {
-        std::lock_guard<std::mutex> clLock(m_mutex);
-        if (!bOpen(pclErreur))
-            return 0;
-        CStatementReset clReset(m_pRead);
-        int nResult = sqlite3_bind_text(m_pRead, 1, sSection.data(),
-                                        static_cast<int>(sSection.size()), SQLITE_STATIC);
-        if (nResult == SQLITE_OK)
-            nResult = sqlite3_bind_text(m_pRead, 2, sKey.data(), static_cast<int>(sKey.size()),
-                                        SQLITE_STATIC);
-        if (nResult == SQLITE_OK)
-            nResult = sqlite3_step(m_pRead);
-        if (nResult == SQLITE_ROW) {
-            const unsigned char* p = sqlite3_column_text(m_pRead, 0);
-            int nBytes = sqlite3_column_bytes(m_pRead, 0);
-            sValue = KVUtf8::VersWide(
-                std::string_view(reinterpret_cast<const char*>(p), p ? nBytes : 0));
-        } else if (nResult == SQLITE_DONE) {
-            sValue = pszDefaut ? pszDefaut : L"";
-        } else {
-            KVDataService::Fail(pclErreur, DATASERVICE_STORE_ACCESS,
-                                L"The value \"" + std::wstring(pszSection) + L"/" +
-                                    std::wstring(pszCle) + L"\" cannot be read from the store \"" +
-                                    KVUtf8::VersWide(m_sPath) + L"\": " + sLastError() + L".",
-                                L"SQLite result " + std::to_wstring(nResult));
+    return KVHost::Guard(pclErreur, 0, [&]() -> int {
+        if (!ppszValeur) {
+            KVDataService::Fail(pclErreur, DATASERVICE_STORE_ARGUMENT,
+                                L"A value of the store is read into a text.");
             return 0;
         }
-    }
-    wchar_t* pszCopy = new (std::nothrow) wchar_t[sValue.size() + 1];
-    if (!pszCopy) {
-        if (pclErreur)
-            pclErreur->SetErrorNoMemory();
-        return 0;
-    }
-    std::memcpy(pszCopy, sValue.c_str(), (sValue.size() + 1) * sizeof(wchar_t));
-    *ppszValeur = pszCopy;
-    return 1;
+        *ppszValeur = nullptr;
+        if (!pszSection || !pszCle) {
+            KVDataService::Fail(pclErreur, DATASERVICE_STORE_ARGUMENT,
+                                L"A value of the store is read under a section and a key.");
+            return 0;
+        }
+        std::string sSection = KVUtf8::VersUtf8(pszSection);
+        std::string sKey = KVUtf8::VersUtf8(pszCle);
+        std::wstring sValue;
+        {
+            std::lock_guard<std::mutex> clLock(m_mutex);
+            if (!bOpen(pclErreur))
+                return 0;
+            CStatementReset clReset(m_pRead);
+            int nResult = sqlite3_bind_text(m_pRead, 1, sSection.data(),
+                                            static_cast<int>(sSection.size()), SQLITE_STATIC);
+            if (nResult == SQLITE_OK)
+                nResult = sqlite3_bind_text(m_pRead, 2, sKey.data(), static_cast<int>(sKey.size()),
+                                            SQLITE_STATIC);
+            if (nResult == SQLITE_OK)
+                nResult = sqlite3_step(m_pRead);
+            if (nResult == SQLITE_ROW) {
+                const unsigned char* p = sqlite3_column_text(m_pRead, 0);
+                int nBytes = sqlite3_column_bytes(m_pRead, 0);
+                sValue = KVUtf8::VersWide(
+                    std::string_view(reinterpret_cast<const char*>(p), p ? nBytes : 0));
+            } else if (nResult == SQLITE_DONE) {
+                sValue = pszDefaut ? pszDefaut : L"";
+            } else {
+                KVDataService::Fail(pclErreur, DATASERVICE_STORE_ACCESS,
+                                    L"The value \"" + std::wstring(pszSection) + L"/" +
+                                        std::wstring(pszCle) +
+                                        L"\" cannot be read from the store \"" +
+                                        KVUtf8::VersWide(m_sPath) + L"\": " + sLastError() + L".",
+                                    L"SQLite result " + std::to_wstring(nResult));
+                return 0;
+            }
+        }
+        wchar_t* pszCopy = new (std::nothrow) wchar_t[sValue.size() + 1];
+        if (!pszCopy) {
+            if (pclErreur)
+                pclErreur->SetErrorNoMemory();
+            return 0;
+        }
+        std::memcpy(pszCopy, sValue.c_str(), (sValue.size() + 1) * sizeof(wchar_t));
+        *ppszValeur = pszCopy;
+        return 1;
+    });
 }
 
 void CHostStoreService::vLibere(wchar_t* pszTexte) {

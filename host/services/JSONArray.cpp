@@ -1,5 +1,6 @@
 #include "JSONArray.h"
 
+#include "HostBarrier.h"
 #include "JSONElement.h"
 #include "JSONWalk.h"
 
@@ -23,23 +24,27 @@ int CJSONArray::vnGetNbElement() {
 }
 
 IElementJSON* CJSONArray::vpiGetElement(int nIndex) {
-    if (nIndex < 0 || nIndex >= vnGetNbElement())
-        return nullptr;
-    const CJSONDocument& rDocument = *m_clDocument;
-    int nRank = 0;
-    uint32_t i = m_nIndex + 1;
-    if (m_nLastRank >= 0 && m_nLastRank <= nIndex) {
-        nRank = m_nLastRank;
-        i = m_nLastIndex;
-    }
-    for (; nRank < nIndex; ++nRank)
-        i = rDocument.nNext(i);
-    m_nLastRank = nRank;
-    m_nLastIndex = i;
-    return new CJSONElement(m_clDocument.pGet(), i);
+    return KVHost::Guard(nullptr, static_cast<IElementJSON*>(nullptr), [&]() -> IElementJSON* {
+        if (nIndex < 0 || nIndex >= vnGetNbElement())
+            return nullptr;
+        const CJSONDocument& rDocument = *m_clDocument;
+        int nRank = 0;
+        uint32_t i = m_nIndex + 1;
+        if (m_nLastRank >= 0 && m_nLastRank <= nIndex) {
+            nRank = m_nLastRank;
+            i = m_nLastIndex;
+        }
+        for (; nRank < nIndex; ++nRank)
+            i = rDocument.nNext(i);
+        m_nLastRank = nRank;
+        m_nLastIndex = i;
+        return new CJSONElement(m_clDocument.pGet(), i);
+    });
 }
 
 void CJSONArray::vAccepte(IVisiteurJSON& clVisiteur) {
-    CRef<CJSONDocument> clDocument = m_clDocument;
-    (void)CJSONWalk::s_rCurrent().bWalkArray(*clDocument, m_nIndex, clVisiteur);
+    KVHost::Guard(nullptr, [&] {
+        CRef<CJSONDocument> clDocument = m_clDocument;
+        (void)CJSONWalk::s_rCurrent().bWalkArray(*clDocument, m_nIndex, clVisiteur);
+    });
 }

@@ -41,8 +41,7 @@ CJSONDocument* CJSONDocument::s_pclParse(const char* pText, size_t nSize, size_t
                 L" bytes.");
         return nullptr;
     }
-    CRef<CJSONDocument> clDocument =
-        CRef<CJSONDocument>::Adopt(new (std::nothrow) CJSONDocument());
+    CRef<CJSONDocument> clDocument = CRef<CJSONDocument>::Adopt(new (std::nothrow) CJSONDocument());
     if (!clDocument) {
         if (pclErreur)
             pclErreur->SetErrorNoMemory();
@@ -62,6 +61,9 @@ CJSONDocument* CJSONDocument::s_pclParse(const char* pText, size_t nSize, size_t
     if (clResult.error()) {
         simdjson::error_code eCode = clResult.error();
         if (eCode == simdjson::MEMALLOC) {
+            // A parser whose buffers were cut short by memory fails every later document:
+            // the next one starts from a fresh parser.
+            rParser = simdjson::dom::parser();
             if (pclErreur)
                 pclErreur->SetErrorNoMemory();
             return nullptr;

@@ -1,5 +1,6 @@
 #include "JSONElement.h"
 
+#include "HostBarrier.h"
 #include "Any.h"
 #include "JSONArray.h"
 #include "JSONObject.h"
@@ -39,27 +40,34 @@ eGENREJSON CJSONElement::veGetGenre() {
 }
 
 int CJSONElement::vbGetValeur(CAny& clValue) {
-    return CJSONWalk::s_bValue(*m_clDocument, m_nIndex, clValue);
+    return KVHost::Guard(
+        nullptr, 0, [&]() -> int { return CJSONWalk::s_bValue(*m_clDocument, m_nIndex, clValue); });
 }
 
 IObjetJSON* CJSONElement::vpiGetIObjetJSON() {
-    if (m_clDocument->nType(m_nIndex) != CJSONDocument::knObject)
-        return nullptr;
-    if (!m_clObject)
-        m_clObject = CRef<CJSONObject>::Adopt(new CJSONObject(m_clDocument.pGet(), m_nIndex));
-    return m_clObject.pGet();
+    return KVHost::Guard(nullptr, static_cast<IObjetJSON*>(nullptr), [&]() -> IObjetJSON* {
+        if (m_clDocument->nType(m_nIndex) != CJSONDocument::knObject)
+            return nullptr;
+        if (!m_clObject)
+            m_clObject = CRef<CJSONObject>::Adopt(new CJSONObject(m_clDocument.pGet(), m_nIndex));
+        return m_clObject.pGet();
+    });
 }
 
 ITableauJSON* CJSONElement::vpiGetITableauJSON() {
-    if (m_clDocument->nType(m_nIndex) != CJSONDocument::knArray)
-        return nullptr;
-    if (!m_clArray)
-        m_clArray = CRef<CJSONArray>::Adopt(new CJSONArray(m_clDocument.pGet(), m_nIndex));
-    return m_clArray.pGet();
+    return KVHost::Guard(nullptr, static_cast<ITableauJSON*>(nullptr), [&]() -> ITableauJSON* {
+        if (m_clDocument->nType(m_nIndex) != CJSONDocument::knArray)
+            return nullptr;
+        if (!m_clArray)
+            m_clArray = CRef<CJSONArray>::Adopt(new CJSONArray(m_clDocument.pGet(), m_nIndex));
+        return m_clArray.pGet();
+    });
 }
 
 void CJSONElement::vAccepte(IVisiteurJSON& clVisiteur) {
-    // Hold the tree for the length of the walk, whatever the visitor releases meanwhile.
-    CRef<CJSONDocument> clDocument = m_clDocument;
-    (void)CJSONWalk::s_rCurrent().bVisit(*clDocument, m_nIndex, clVisiteur);
+    KVHost::Guard(nullptr, [&] {
+        // Hold the tree for the length of the walk, whatever the visitor releases meanwhile.
+        CRef<CJSONDocument> clDocument = m_clDocument;
+        (void)CJSONWalk::s_rCurrent().bVisit(*clDocument, m_nIndex, clVisiteur);
+    });
 }

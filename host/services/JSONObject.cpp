@@ -1,5 +1,6 @@
 #include "JSONObject.h"
 
+#include "HostBarrier.h"
 #include "JSONWalk.h"
 
 CJSONObject::CJSONObject(CJSONDocument* pclDocument, uint32_t nIndex)
@@ -17,6 +18,8 @@ int CJSONObject::vnGetNbMembre() {
 }
 
 void CJSONObject::vAccepte(IVisiteurJSON& clVisiteur) {
-    CRef<CJSONDocument> clDocument = m_clDocument;
-    (void)CJSONWalk::s_rCurrent().bWalkObject(*clDocument, m_nIndex, clVisiteur);
+    KVHost::Guard(nullptr, [&] {
+        CRef<CJSONDocument> clDocument = m_clDocument;
+        (void)CJSONWalk::s_rCurrent().bWalkObject(*clDocument, m_nIndex, clVisiteur);
+    });
 }

@@ -1,5 +1,7 @@
 #include "Routing.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <cctype>
 
@@ -75,6 +77,15 @@ std::string s_sTargetOrigin(const CRouting::STTarget& st) {
     return s;
 }
 
+// A name or address of this machine: localhost, 127.0.0.0/8, ::1.
+bool s_bLoopback(std::string_view svHost) {
+    std::string sHost = s_sLower(svHost);
+    if (sHost == "localhost" || sHost == "[::1]" || sHost == "::1")
+        return true;
+    in_addr st{};
+    return inet_pton(AF_INET, sHost.c_str(), &st) == 1 && (ntohl(st.s_addr) >> 24) == 127;
+}
+
 } // namespace
 
 std::string STUrlParts::sHostHeader() const {
@@ -110,7 +121,7 @@ bool CRouting::s_bSplitUrl(std::string_view sUrl, STUrlParts& st) {
     return true;
 }
 
-bool CRouting::bParse(std::string_view sSetting, std::string& sError) {
+bool CRouting::bParse(std::string_view sSetting, std::string& sError, bool bAnyTarget) {
     m_tabEntries.clear();
     std::vector<STEntry> tab;
     size_t nStart = 0;
@@ -133,6 +144,7 @@ bool CRouting::bParse(std::string_view sSetting, std::string& sError) {
         std::string_view svOrigin = s_svTrim(svEntry.substr(0, nEquals));
         std::string_view svTarget = s_svTrim(svEntry.substr(nEquals + 1));
         STEntry st;
+        st.sText = std::string(s_svTrim(svEntry));
         if (svOrigin == "*") {
             st.bAny = true;
         } else {
@@ -155,10 +167,22 @@ bool CRouting::bParse(std::string_view sSetting, std::string& sError) {
         if (!s_bSplitAuthority(svTarget, st.stTarget.sHost, st.stTarget.nPort) ||
             st.stTarget.nPort == 0)
             return Refuse("has a target that is not host:port");
+        // Routed requests go over plain HTTP, bearer tokens and all: only to this machine,
+        // unless the user says the network between is theirs.
+        if (!bAnyTarget && !s_bLoopback(st.stTarget.sHost))
+            return Refuse("sends requests over plain HTTP to another machine; give a loopback "
+                          "target, or set KVGGL_ROUTE_INSECURE=1 to allow it");
         tab.push_back(std::move(st));
     }
     m_tabEntries = std::move(tab);
     return true;
+}
+
+std::string CRouting::sDescribe() const {
+    std::string s;
+    for (const STEntry& st : m_tabEntries)
+        s.append(s.empty() ? "" : ", ").append(st.sText);
+    return s;
 }
 
 bool CRouting::bFind(const STUrlParts& stParts, STTarget& stTarget) const {

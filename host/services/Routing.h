@@ -8,8 +8,9 @@
 //                                               implied)
 //   www.googleapis.com=127.0.0.1:8931            that host under any scheme and port
 //   *=127.0.0.1:8931                             every origin
-// The first entry that matches wins. Host names compare without regard to case; an IPv6
-// address is written in brackets, on either side.
+// The first entry that matches wins. Targets are loopback addresses (localhost, 127.0.0.0/8,
+// ::1) unless KVGGL_ROUTE_INSECURE=1: a routed request carries its credentials in clear. Host names
+// compare without regard to case; an IPv6 address is written in brackets, on either side.
 #pragma once
 #include <string>
 #include <string_view>
@@ -37,7 +38,10 @@ public:
 
     // Reads the setting, replacing what was held. False with the reason in sError (and then
     // nothing is routed): a routing that half works would send traffic to the real services.
-    bool bParse(std::string_view sSetting, std::string& sError);
+    // Targets must be loopback addresses unless bAnyTarget (KVGGL_ROUTE_INSECURE=1).
+    bool bParse(std::string_view sSetting, std::string& sError, bool bAnyTarget = false);
+    // One line for the user: what goes where ("*=127.0.0.1:8931, ...").
+    std::string sDescribe() const;
     bool bEmpty() const { return m_tabEntries.empty(); }
 
     // Splits an http or https URL; false for anything else.
@@ -62,6 +66,7 @@ private:
         std::string sHost;   // lower case
         int nPort = 0;
         STTarget stTarget;
+        std::string sText; // as written
     };
     std::vector<STEntry> m_tabEntries;
 };

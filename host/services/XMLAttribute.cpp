@@ -1,5 +1,6 @@
 #include "XMLAttribute.h"
 
+#include "HostBarrier.h"
 #include "Utf8.h"
 #include "XMLNode.h"
 
@@ -39,25 +40,31 @@ const char* CXMLAttribute::pszGetValeur() {
 }
 
 INamespaceXML* CXMLAttribute::piGetNamespace() {
-    // A name without prefix is in no namespace, whatever the default of its element.
-    if (bPresent())
-        return CXMLNode::s_piResolveNamespace(m_element, m_attribute.name(), false);
-    return CXMLNode::s_piResolveNamespace(pugi::xml_node(), m_sName.c_str(), false);
+    return KVHost::Guard(nullptr, static_cast<INamespaceXML*>(nullptr), [&]() -> INamespaceXML* {
+        // A name without prefix is in no namespace, whatever the default of its element.
+        if (bPresent())
+            return CXMLNode::s_piResolveNamespace(m_element, m_attribute.name(), false);
+        return CXMLNode::s_piResolveNamespace(pugi::xml_node(), m_sName.c_str(), false);
+    });
 }
 
 int CXMLAttribute::bSetTexte(const wchar_t* pszTexte) {
-    std::string sUtf8 = KVUtf8::VersUtf8(pszTexte ? pszTexte : L"");
-    if (!bPresent()) {
-        m_sValue = std::move(sUtf8);
-        return 1;
-    }
-    return m_attribute.set_value(sUtf8.c_str()) ? 1 : 0;
+    return KVHost::Guard(nullptr, 0, [&]() -> int {
+        std::string sUtf8 = KVUtf8::VersUtf8(pszTexte ? pszTexte : L"");
+        if (!bPresent()) {
+            m_sValue = std::move(sUtf8);
+            return 1;
+        }
+        return m_attribute.set_value(sUtf8.c_str()) ? 1 : 0;
+    });
 }
 
 int CXMLAttribute::bAjouteEnfant(const char*, INoeudXML** ppiEnfant) {
-    if (ppiEnfant)
-        *ppiEnfant = nullptr;
-    return 0;
+    return KVHost::Guard(nullptr, 0, [&]() -> int {
+        if (ppiEnfant)
+            *ppiEnfant = nullptr;
+        return 0;
+    });
 }
 
 void CXMLAttribute::SupprimeNoeud() {

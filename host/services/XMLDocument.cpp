@@ -1,5 +1,6 @@
 #include "XMLDocument.h"
 
+#include "HostBarrier.h"
 #include "DataServiceErrors.h"
 #include "Ref.h"
 #include "Utf8.h"
@@ -175,100 +176,109 @@ bool CXMLDocument::bAttached(pugi::xml_node node) const {
 }
 
 void CXMLDocument::SetEncodage(const wchar_t* pszEncodage) {
-    std::wstring sName = pszEncodage && *pszEncodage ? pszEncodage : L"UTF-8";
-    std::wstring sKey;
-    for (wchar_t c : sName)
-        if (c != L'-' && c != L'_')
-            sKey += static_cast<wchar_t>(std::towupper(c));
-    static const struct {
-        const wchar_t* pszKey;
-        eENCODING eEncoding;
-    } s_tabNames[] = {
-        {L"UTF8", ENCODING_UTF8},       {L"ISO88591", ENCODING_LATIN1},
-        {L"LATIN1", ENCODING_LATIN1},   {L"L1", ENCODING_LATIN1},
-        {L"UTF16", ENCODING_UTF16LE},   {L"UTF16LE", ENCODING_UTF16LE},
-        {L"UTF16BE", ENCODING_UTF16BE}, {L"UTF32", ENCODING_UTF32LE},
-        {L"UTF32LE", ENCODING_UTF32LE}, {L"UTF32BE", ENCODING_UTF32BE},
-    };
-    m_eEncoding = ENCODING_UNKNOWN;
-    for (const auto& st : s_tabNames)
-        if (sKey == st.pszKey)
-            m_eEncoding = st.eEncoding;
-    m_sEncoding = KVUtf8::VersUtf8(sName);
+    KVHost::Guard(nullptr, [&] {
+        std::wstring sName = pszEncodage && *pszEncodage ? pszEncodage : L"UTF-8";
+        std::wstring sKey;
+        for (wchar_t c : sName)
+            if (c != L'-' && c != L'_')
+                sKey += static_cast<wchar_t>(std::towupper(c));
+        static const struct {
+            const wchar_t* pszKey;
+            eENCODING eEncoding;
+        } s_tabNames[] = {
+            {L"UTF8", ENCODING_UTF8},       {L"ISO88591", ENCODING_LATIN1},
+            {L"LATIN1", ENCODING_LATIN1},   {L"L1", ENCODING_LATIN1},
+            {L"UTF16", ENCODING_UTF16LE},   {L"UTF16LE", ENCODING_UTF16LE},
+            {L"UTF16BE", ENCODING_UTF16BE}, {L"UTF32", ENCODING_UTF32LE},
+            {L"UTF32LE", ENCODING_UTF32LE}, {L"UTF32BE", ENCODING_UTF32BE},
+        };
+        m_eEncoding = ENCODING_UNKNOWN;
+        for (const auto& st : s_tabNames)
+            if (sKey == st.pszKey)
+                m_eEncoding = st.eEncoding;
+        m_sEncoding = KVUtf8::VersUtf8(sName);
+    });
 }
 
 int CXMLDocument::bCreeRacine(const char* pszNom, INoeudXML** ppiRacine) {
-    if (ppiRacine)
-        *ppiRacine = nullptr;
-    if (!s_bValidName(pszNom))
-        return 0;
-    pugi::xml_node former = root();
-    pugi::xml_node created = former ? m_clTree.insert_child_after(pszNom, former)
-                             : m_detachedHolder
-                                 ? m_clTree.insert_child_before(pszNom, m_detachedHolder)
-                                 : m_clTree.append_child(pszNom);
-    if (!created)
-        return 0;
-    Change();
-    if (former)
-        Detach(former);
-    if (ppiRacine)
-        *ppiRacine = new CXMLNode(this, created);
-    return 1;
+    return KVHost::Guard(nullptr, 0, [&]() -> int {
+        if (ppiRacine)
+            *ppiRacine = nullptr;
+        if (!s_bValidName(pszNom))
+            return 0;
+        pugi::xml_node former = root();
+        pugi::xml_node created = former ? m_clTree.insert_child_after(pszNom, former)
+                                 : m_detachedHolder
+                                     ? m_clTree.insert_child_before(pszNom, m_detachedHolder)
+                                     : m_clTree.append_child(pszNom);
+        if (!created)
+            return 0;
+        Change();
+        if (former)
+            Detach(former);
+        if (ppiRacine)
+            *ppiRacine = new CXMLNode(this, created);
+        return 1;
+    });
 }
 
 INoeudXML* CXMLDocument::piGetRacine(int nIndice) {
-    if (nIndice < 0)
+    return KVHost::Guard(nullptr, static_cast<INoeudXML*>(nullptr), [&]() -> INoeudXML* {
+        if (nIndice < 0)
+            return nullptr;
+        pugi::xml_node rootNode = root();
+        if (nIndice == 0)
+            return rootNode ? new CXMLNode(this, rootNode) : nullptr;
+        // The other nodes at the top, comments and instructions, in document order.
+        int nRank = 0;
+        for (pugi::xml_node node = m_clTree.first_child(); node; node = node.next_sibling()) {
+            if (node == rootNode || node == m_detachedHolder ||
+                node.type() == pugi::node_declaration || node.type() == pugi::node_doctype)
+                continue;
+            if (++nRank == nIndice)
+                return new CXMLNode(this, node);
+        }
         return nullptr;
-    pugi::xml_node rootNode = root();
-    if (nIndice == 0)
-        return rootNode ? new CXMLNode(this, rootNode) : nullptr;
-    // The other nodes at the top, comments and instructions, in document order.
-    int nRank = 0;
-    for (pugi::xml_node node = m_clTree.first_child(); node; node = node.next_sibling()) {
-        if (node == rootNode || node == m_detachedHolder || node.type() == pugi::node_declaration ||
-            node.type() == pugi::node_doctype)
-            continue;
-        if (++nRank == nIndice)
-            return new CXMLNode(this, node);
-    }
-    return nullptr;
+    });
 }
 
 int CXMLDocument::bImporteRacine(INoeudXML* piNoeud, CXError* pclErreur) {
-    // Every node this host hands out is one of its own; anything else cannot be copied.
-    CXMLNode* pclSource = dynamic_cast<CXMLNode*>(piNoeud);
-    if (!pclSource || pclSource->node().type() != pugi::node_element) {
-        KVDataService::Fail(pclErreur, DATASERVICE_XML_ARGUMENT,
-                            L"Only an element of an XML document of this host can become a "
-                            L"root.");
-        return 0;
-    }
-    pugi::xml_node source = pclSource->node();
-    pugi::xml_node former = root();
-    pugi::xml_node copy = former             ? m_clTree.insert_copy_after(source, former)
-                          : m_detachedHolder ? m_clTree.insert_copy_before(source, m_detachedHolder)
-                                             : m_clTree.append_copy(source);
-    if (!copy) {
-        if (pclErreur)
-            pclErreur->SetErrorNoMemory();
-        return 0;
-    }
-    Change();
-    if (former)
-        Detach(former);
-    // The copy leaves the declarations of the source's ancestors behind: bring along those of
-    // the names in scope there, the nearest first, so the copy reads the same on its own.
-    for (pugi::xml_node ancestor = source.parent(); ancestor; ancestor = ancestor.parent()) {
-        for (pugi::xml_attribute attribute : ancestor.attributes()) {
-            const char* pszName = attribute.name();
-            if (std::strncmp(pszName, "xmlns", 5) != 0 || (pszName[5] && pszName[5] != ':'))
-                continue;
-            if (!copy.attribute(pszName))
-                copy.append_attribute(pszName).set_value(attribute.value());
+    return KVHost::Guard(pclErreur, 0, [&]() -> int {
+        // Every node this host hands out is one of its own; anything else cannot be copied.
+        CXMLNode* pclSource = dynamic_cast<CXMLNode*>(piNoeud);
+        if (!pclSource || pclSource->node().type() != pugi::node_element) {
+            KVDataService::Fail(pclErreur, DATASERVICE_XML_ARGUMENT,
+                                L"Only an element of an XML document of this host can become a "
+                                L"root.");
+            return 0;
         }
-    }
-    return 1;
+        pugi::xml_node source = pclSource->node();
+        pugi::xml_node former = root();
+        pugi::xml_node copy = former ? m_clTree.insert_copy_after(source, former)
+                              : m_detachedHolder
+                                  ? m_clTree.insert_copy_before(source, m_detachedHolder)
+                                  : m_clTree.append_copy(source);
+        if (!copy) {
+            if (pclErreur)
+                pclErreur->SetErrorNoMemory();
+            return 0;
+        }
+        Change();
+        if (former)
+            Detach(former);
+        // The copy leaves the declarations of the source's ancestors behind: bring along those of
+        // the names in scope there, the nearest first, so the copy reads the same on its own.
+        for (pugi::xml_node ancestor = source.parent(); ancestor; ancestor = ancestor.parent()) {
+            for (pugi::xml_attribute attribute : ancestor.attributes()) {
+                const char* pszName = attribute.name();
+                if (std::strncmp(pszName, "xmlns", 5) != 0 || (pszName[5] && pszName[5] != ':'))
+                    continue;
+                if (!copy.attribute(pszName))
+                    copy.append_attribute(pszName).set_value(attribute.value());
+            }
+        }
+        return 1;
+    });
 }
 
 bool CXMLDocument::bEncode(const std::string& sUtf8, std::string& sOut, CXError* pclErreur) const {
@@ -353,62 +363,64 @@ bool CXMLDocument::bEncode(const std::string& sUtf8, std::string& sOut, CXError*
 }
 
 int CXMLDocument::bEcrit(IContenuXMLSortie& clSortie, eFORMATXML eFormat, CXError* pclErreur) {
-    if (m_eEncoding == ENCODING_UNKNOWN) {
-        KVDataService::Fail(pclErreur, DATASERVICE_XML_ENCODING,
-                            L"The encoding \"" + KVUtf8::VersWide(m_sEncoding) +
-                                L"\" cannot be written; UTF-8, ISO-8859-1, UTF-16 and UTF-32 "
-                                L"can.");
-        return 0;
-    }
-    if (eFormat != FORMATXML_DOCUMENT && eFormat != FORMATXML_SANS_DECLARATION) {
-        KVDataService::Fail(pclErreur, DATASERVICE_XML_ARGUMENT,
-                            L"Unknown XML output format " +
-                                std::to_wstring(static_cast<int>(eFormat)) + L".");
-        return 0;
-    }
-    pugi::xml_node rootNode = root();
-    if (!rootNode) {
-        KVDataService::Fail(pclErreur, DATASERVICE_XML_WRITE,
-                            L"The XML document has no root element to write.");
-        return 0;
-    }
-    constexpr unsigned knFormat = pugi::format_raw | pugi::format_no_declaration;
-    std::string sUtf8;
-    CStringWriter clWriter(sUtf8);
-    std::string sOut;
-    if (eFormat == FORMATXML_DOCUMENT) {
-        switch (m_eEncoding) {
-        case ENCODING_UTF16LE:
-            sOut = "\xFF\xFE";
-            break;
-        case ENCODING_UTF16BE:
-            sOut = "\xFE\xFF";
-            break;
-        case ENCODING_UTF32LE:
-            sOut.assign("\xFF\xFE\0\0", 4);
-            break;
-        case ENCODING_UTF32BE:
-            sOut.assign("\0\0\xFE\xFF", 4);
-            break;
-        default:
-            break;
+    return KVHost::Guard(pclErreur, 0, [&]() -> int {
+        if (m_eEncoding == ENCODING_UNKNOWN) {
+            KVDataService::Fail(pclErreur, DATASERVICE_XML_ENCODING,
+                                L"The encoding \"" + KVUtf8::VersWide(m_sEncoding) +
+                                    L"\" cannot be written; UTF-8, ISO-8859-1, UTF-16 and UTF-32 "
+                                    L"can.");
+            return 0;
         }
-        sUtf8 = "<?xml version=\"1.0\" encoding=\"" + m_sEncoding + "\"?>";
-        for (pugi::xml_node node = m_clTree.first_child(); node; node = node.next_sibling())
-            if (node != m_detachedHolder && node.type() != pugi::node_declaration)
-                node.print(clWriter, "", knFormat, pugi::encoding_utf8);
-    } else {
-        rootNode.print(clWriter, "", knFormat, pugi::encoding_utf8);
-    }
-    if (!bEncode(sUtf8, sOut, pclErreur))
-        return 0;
-    CXError clErreurSortie;
-    CXError* pclErreurSortie = pclErreur ? pclErreur : &clErreurSortie;
-    if (!clSortie.vbContenuXML(sOut.data(), sOut.size(), pclErreurSortie)) {
-        if (pclErreurSortie->bEstPropre())
-            KVDataService::Fail(pclErreurSortie, DATASERVICE_XML_WRITE,
-                                L"The receiver of the XML text refused it.");
-        return 0;
-    }
-    return 1;
+        if (eFormat != FORMATXML_DOCUMENT && eFormat != FORMATXML_SANS_DECLARATION) {
+            KVDataService::Fail(pclErreur, DATASERVICE_XML_ARGUMENT,
+                                L"Unknown XML output format " +
+                                    std::to_wstring(static_cast<int>(eFormat)) + L".");
+            return 0;
+        }
+        pugi::xml_node rootNode = root();
+        if (!rootNode) {
+            KVDataService::Fail(pclErreur, DATASERVICE_XML_WRITE,
+                                L"The XML document has no root element to write.");
+            return 0;
+        }
+        constexpr unsigned knFormat = pugi::format_raw | pugi::format_no_declaration;
+        std::string sUtf8;
+        CStringWriter clWriter(sUtf8);
+        std::string sOut;
+        if (eFormat == FORMATXML_DOCUMENT) {
+            switch (m_eEncoding) {
+            case ENCODING_UTF16LE:
+                sOut = "\xFF\xFE";
+                break;
+            case ENCODING_UTF16BE:
+                sOut = "\xFE\xFF";
+                break;
+            case ENCODING_UTF32LE:
+                sOut.assign("\xFF\xFE\0\0", 4);
+                break;
+            case ENCODING_UTF32BE:
+                sOut.assign("\0\0\xFE\xFF", 4);
+                break;
+            default:
+                break;
+            }
+            sUtf8 = "<?xml version=\"1.0\" encoding=\"" + m_sEncoding + "\"?>";
+            for (pugi::xml_node node = m_clTree.first_child(); node; node = node.next_sibling())
+                if (node != m_detachedHolder && node.type() != pugi::node_declaration)
+                    node.print(clWriter, "", knFormat, pugi::encoding_utf8);
+        } else {
+            rootNode.print(clWriter, "", knFormat, pugi::encoding_utf8);
+        }
+        if (!bEncode(sUtf8, sOut, pclErreur))
+            return 0;
+        CXError clErreurSortie;
+        CXError* pclErreurSortie = pclErreur ? pclErreur : &clErreurSortie;
+        if (!clSortie.vbContenuXML(sOut.data(), sOut.size(), pclErreurSortie)) {
+            if (pclErreurSortie->bEstPropre())
+                KVDataService::Fail(pclErreurSortie, DATASERVICE_XML_WRITE,
+                                    L"The receiver of the XML text refused it.");
+            return 0;
+        }
+        return 1;
+    });
 }

@@ -1,5 +1,6 @@
 #include "XMLNode.h"
 
+#include "HostBarrier.h"
 #include "Utf8.h"
 #include "XMLAttribute.h"
 #include "XMLNamespace.h"
@@ -79,48 +80,52 @@ const char* CXMLNode::pszGetAttribut(const char* pszNom) {
 }
 
 INoeudXML* CXMLNode::piGetEnfant(int nIndice) {
-    if (nIndice < 0)
-        return nullptr;
-    uint64_t nGeneration = m_clDocument->nGeneration();
-    pugi::xml_node child;
-    int nRank = 0;
-    if (m_nChildRank >= 0 && m_nChildRank <= nIndice && m_nChildGeneration == nGeneration) {
-        child = m_child;
-        nRank = m_nChildRank;
-    } else {
-        child = m_node.first_child();
-    }
-    for (; child && nRank < nIndice; ++nRank)
-        child = child.next_sibling();
-    if (!child)
-        return nullptr;
-    m_child = child;
-    m_nChildRank = nRank;
-    m_nChildGeneration = nGeneration;
-    return new CXMLNode(m_clDocument.pGet(), child);
+    return KVHost::Guard(nullptr, static_cast<INoeudXML*>(nullptr), [&]() -> INoeudXML* {
+        if (nIndice < 0)
+            return nullptr;
+        uint64_t nGeneration = m_clDocument->nGeneration();
+        pugi::xml_node child;
+        int nRank = 0;
+        if (m_nChildRank >= 0 && m_nChildRank <= nIndice && m_nChildGeneration == nGeneration) {
+            child = m_child;
+            nRank = m_nChildRank;
+        } else {
+            child = m_node.first_child();
+        }
+        for (; child && nRank < nIndice; ++nRank)
+            child = child.next_sibling();
+        if (!child)
+            return nullptr;
+        m_child = child;
+        m_nChildRank = nRank;
+        m_nChildGeneration = nGeneration;
+        return new CXMLNode(m_clDocument.pGet(), child);
+    });
 }
 
 INoeudXML* CXMLNode::piGetAttribut(int nIndice) {
-    if (nIndice < 0)
-        return nullptr;
-    uint64_t nGeneration = m_clDocument->nGeneration();
-    pugi::xml_attribute attribute;
-    int nRank = 0;
-    if (m_nAttributeRank >= 0 && m_nAttributeRank <= nIndice &&
-        m_nAttributeGeneration == nGeneration) {
-        attribute = m_attribute;
-        nRank = m_nAttributeRank;
-    } else {
-        attribute = m_node.first_attribute();
-    }
-    for (; attribute && nRank < nIndice; ++nRank)
-        attribute = attribute.next_attribute();
-    if (!attribute)
-        return nullptr;
-    m_attribute = attribute;
-    m_nAttributeRank = nRank;
-    m_nAttributeGeneration = nGeneration;
-    return new CXMLAttribute(m_clDocument.pGet(), m_node, attribute);
+    return KVHost::Guard(nullptr, static_cast<INoeudXML*>(nullptr), [&]() -> INoeudXML* {
+        if (nIndice < 0)
+            return nullptr;
+        uint64_t nGeneration = m_clDocument->nGeneration();
+        pugi::xml_attribute attribute;
+        int nRank = 0;
+        if (m_nAttributeRank >= 0 && m_nAttributeRank <= nIndice &&
+            m_nAttributeGeneration == nGeneration) {
+            attribute = m_attribute;
+            nRank = m_nAttributeRank;
+        } else {
+            attribute = m_node.first_attribute();
+        }
+        for (; attribute && nRank < nIndice; ++nRank)
+            attribute = attribute.next_attribute();
+        if (!attribute)
+            return nullptr;
+        m_attribute = attribute;
+        m_nAttributeRank = nRank;
+        m_nAttributeGeneration = nGeneration;
+        return new CXMLAttribute(m_clDocument.pGet(), m_node, attribute);
+    });
 }
 
 INamespaceXML* CXMLNode::s_piResolveNamespace(pugi::xml_node element, const char* pszName,
@@ -148,38 +153,44 @@ INamespaceXML* CXMLNode::s_piResolveNamespace(pugi::xml_node element, const char
 }
 
 INamespaceXML* CXMLNode::piGetNamespace() {
-    if (m_node.type() != pugi::node_element)
-        return nullptr;
-    return s_piResolveNamespace(m_node, m_node.name(), true);
+    return KVHost::Guard(nullptr, static_cast<INamespaceXML*>(nullptr), [&]() -> INamespaceXML* {
+        if (m_node.type() != pugi::node_element)
+            return nullptr;
+        return s_piResolveNamespace(m_node, m_node.name(), true);
+    });
 }
 
 int CXMLNode::bSetTexte(const wchar_t* pszTexte) {
-    std::string sUtf8 = KVUtf8::VersUtf8(pszTexte ? pszTexte : L"");
-    switch (m_node.type()) {
-    case pugi::node_element: {
-        // The former children leave the tree but stay valid for whoever holds them.
-        while (pugi::xml_node child = m_node.first_child()) {
-            m_clDocument->Detach(child);
-            if (m_node.first_child() == child)
-                return 0; // no memory for the holder: nothing more is changed
+    return KVHost::Guard(nullptr, 0, [&]() -> int {
+        std::string sUtf8 = KVUtf8::VersUtf8(pszTexte ? pszTexte : L"");
+        switch (m_node.type()) {
+        case pugi::node_element: {
+            // The former children leave the tree but stay valid for whoever holds them.
+            while (pugi::xml_node child = m_node.first_child()) {
+                m_clDocument->Detach(child);
+                if (m_node.first_child() == child)
+                    return 0; // no memory for the holder: nothing more is changed
+            }
+            m_clDocument->Change();
+            if (sUtf8.empty())
+                return 1;
+            return m_node.append_child(pugi::node_pcdata).set_value(sUtf8.c_str()) ? 1 : 0;
         }
-        m_clDocument->Change();
-        if (sUtf8.empty())
-            return 1;
-        return m_node.append_child(pugi::node_pcdata).set_value(sUtf8.c_str()) ? 1 : 0;
-    }
-    case pugi::node_pcdata:
-    case pugi::node_cdata:
-    case pugi::node_comment:
-    case pugi::node_pi:
-        return m_node.set_value(sUtf8.c_str()) ? 1 : 0;
-    default:
-        return 0;
-    }
+        case pugi::node_pcdata:
+        case pugi::node_cdata:
+        case pugi::node_comment:
+        case pugi::node_pi:
+            return m_node.set_value(sUtf8.c_str()) ? 1 : 0;
+        default:
+            return 0;
+        }
+    });
 }
 
 int CXMLNode::bSetValeurAttribut(const char* pszNom, const wchar_t* pszValeur) {
-    return bSetAttributUTF8(pszNom, KVUtf8::VersUtf8(pszValeur ? pszValeur : L"").c_str());
+    return KVHost::Guard(nullptr, 0, [&]() -> int {
+        return bSetAttributUTF8(pszNom, KVUtf8::VersUtf8(pszValeur ? pszValeur : L"").c_str());
+    });
 }
 
 int CXMLNode::bSetAttributUTF8(const char* pszNom, const char* pszValeur) {
@@ -196,17 +207,19 @@ int CXMLNode::bSetAttributUTF8(const char* pszNom, const char* pszValeur) {
 }
 
 int CXMLNode::bAjouteEnfant(const char* pszNom, INoeudXML** ppiEnfant) {
-    if (ppiEnfant)
-        *ppiEnfant = nullptr;
-    if (m_node.type() != pugi::node_element || !CXMLDocument::s_bValidName(pszNom))
-        return 0;
-    pugi::xml_node child = m_node.append_child(pszNom);
-    if (!child)
-        return 0;
-    m_clDocument->Change();
-    if (ppiEnfant)
-        *ppiEnfant = new CXMLNode(m_clDocument.pGet(), child);
-    return 1;
+    return KVHost::Guard(nullptr, 0, [&]() -> int {
+        if (ppiEnfant)
+            *ppiEnfant = nullptr;
+        if (m_node.type() != pugi::node_element || !CXMLDocument::s_bValidName(pszNom))
+            return 0;
+        pugi::xml_node child = m_node.append_child(pszNom);
+        if (!child)
+            return 0;
+        m_clDocument->Change();
+        if (ppiEnfant)
+            *ppiEnfant = new CXMLNode(m_clDocument.pGet(), child);
+        return 1;
+    });
 }
 
 void CXMLNode::SupprimeNoeud() {
@@ -215,18 +228,22 @@ void CXMLNode::SupprimeNoeud() {
 }
 
 INoeudXML* CXMLNode::piGetEnfantParNom(const char* pszNomLocal) {
-    for (pugi::xml_node child = m_node.first_child(); child; child = child.next_sibling())
-        if (s_bLocalNameIs(child, pszNomLocal))
-            return new CXMLNode(m_clDocument.pGet(), child);
-    return nullptr;
+    return KVHost::Guard(nullptr, static_cast<INoeudXML*>(nullptr), [&]() -> INoeudXML* {
+        for (pugi::xml_node child = m_node.first_child(); child; child = child.next_sibling())
+            if (s_bLocalNameIs(child, pszNomLocal))
+                return new CXMLNode(m_clDocument.pGet(), child);
+        return nullptr;
+    });
 }
 
 INoeudXML* CXMLNode::piGetSuivant(const char* pszNomLocal) {
-    // A detached node has no siblings: the others under the holder are no kin of it.
-    if (!m_clDocument->bAttached(m_node))
+    return KVHost::Guard(nullptr, static_cast<INoeudXML*>(nullptr), [&]() -> INoeudXML* {
+        // A detached node has no siblings: the others under the holder are no kin of it.
+        if (!m_clDocument->bAttached(m_node))
+            return nullptr;
+        for (pugi::xml_node next = m_node.next_sibling(); next; next = next.next_sibling())
+            if (s_bLocalNameIs(next, pszNomLocal) && !m_clDocument->bHolder(next))
+                return new CXMLNode(m_clDocument.pGet(), next);
         return nullptr;
-    for (pugi::xml_node next = m_node.next_sibling(); next; next = next.next_sibling())
-        if (s_bLocalNameIs(next, pszNomLocal) && !m_clDocument->bHolder(next))
-            return new CXMLNode(m_clDocument.pGet(), next);
-    return nullptr;
+    });
 }

@@ -72,10 +72,16 @@ bool s_bEntier32(const CHostValue& cl, int32_t& n, std::string& sWhy) {
     return true;
 }
 
-// A value as text: strings as they are, numbers written out.
-bool s_bTexte(const CHostValue& cl, std::string& s) {
+// A value as text: strings as they are, numbers written out. A text stops at its first NUL on
+// the component's side: one holding NUL is refused rather than sent cut short (bytes go whole
+// as a binary value).
+bool s_bTexte(const CHostValue& cl, std::string& s, std::string& sWhy) {
     switch (cl.eKind()) {
     case CHostValue::KIND_STRING:
+        if (cl.sGetString().find('\0') != std::string::npos) {
+            sWhy = "text holds a NUL byte";
+            return false;
+        }
         s = cl.sGetString();
         return true;
     case CHostValue::KIND_INTEGER:
@@ -88,6 +94,7 @@ bool s_bTexte(const CHostValue& cl, std::string& s) {
         return true;
     }
     default:
+        sWhy = "string expected";
         return false;
     }
 }
@@ -146,10 +153,8 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         return true;
     case 16:
     case 130:
-        if (!s_bTexte(cl, s)) {
-            sWhy = "string expected";
+        if (!s_bTexte(cl, s, sWhy))
             return false;
-        }
         if (!KV_bSucces(KVUtf8::nVersWide(s, st.sChaine))) {
             sWhy = "string too long";
             return false;
@@ -162,10 +167,8 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
             st.Pose<const wchar_t*>(nullptr);
             return true;
         }
-        if (!s_bTexte(cl, s)) {
-            sWhy = "string expected";
+        if (!s_bTexte(cl, s, sWhy))
             return false;
-        }
         st.sTexte = KVUtf8::VersWide(s);
         st.Pose<const wchar_t*>(st.sTexte.c_str());
         return true;
@@ -239,8 +242,9 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         }
         for (const CHostValue& clElement : cl.tabGetArray()) {
             CXYString<wchar_t> sElement;
-            if (!s_bTexte(clElement, s) || !KV_bSucces(KVUtf8::nVersWide(s, sElement))) {
-                sWhy = "table of strings expected";
+            if (!s_bTexte(clElement, s, sWhy) || !KV_bSucces(KVUtf8::nVersWide(s, sElement))) {
+                if (sWhy.empty() || sWhy == "string expected")
+                    sWhy = "table of strings expected";
                 return false;
             }
             st.tabChaines.Ajoute(std::move(sElement));
@@ -248,10 +252,8 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         st.Pose<CXYStringArray<wchar_t>*>(&st.tabChaines);
         return true;
     case 80: {
-        if (!s_bTexte(cl, s)) {
-            sWhy = "string expected";
+        if (!s_bTexte(cl, s, sWhy))
             return false;
-        }
         st.sTexte = KVUtf8::VersWide(s);
         STManipAUB stAUB{reinterpret_cast<uint64_t>(st.sTexte.c_str()),
                          st.sTexte.size() * sizeof(wchar_t), 16};

@@ -18,7 +18,8 @@ public:
     CHostValue m_clResult;
     bool m_bReturned = false;   // the stub handed a value
     int m_nReturnType = 0;      // its type code
-    bool m_bUnreadable = false; // of a type the host does not carry
+    bool m_bUnreadable = false; // of a type the host does not carry, or not taken (below)
+    bool m_bNoMemory = false;   // the host had no memory to take the value
 
 private:
     static const int ms_nMark;

@@ -1,13 +1,18 @@
 #include "GlobalFactory.h"
 
+#include "HostBarrier.h"
 #include "ObjectPeer.h"
 #include "Ref.h"
 
-IKLObjetComposante* CGlobalFactory::vpiCreeKLObjetComposante(IObjetBase* piObjet, CXError*) {
+IKLObjetComposante* CGlobalFactory::vpiCreeKLObjetComposante(IObjetBase* piObjet,
+                                                             CXError* pclErreur) {
     if (!piObjet)
         return nullptr;
-    ++m_nLive;
-    return new CObjectPeer(piObjet, [this] { --m_nLive; });
+    return KVHost::Guard(pclErreur, static_cast<IKLObjetComposante*>(nullptr), [&] {
+        auto* pcl = new CObjectPeer(piObjet, [this] { --m_nLive; });
+        ++m_nLive;
+        return pcl;
+    });
 }
 
 bool CGlobalFactory::bEnsurePeer(IObjetBase* piObjet) {

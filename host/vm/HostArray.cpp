@@ -1,5 +1,6 @@
 #include "HostArray.h"
 
+#include "HostBarrier.h"
 #include "KVResult.h"
 #include "VMErrors.h"
 #include "XError.h"
@@ -48,22 +49,27 @@ bool CHostArray::_bIndex(int nIndice, CXError* pclErreur) const {
 }
 
 int CHostArray::vbRedimensionne(int nNbElement, CXError* pclErreur) {
-    if (nNbElement < 0) {
-        KVHostVM::SetError(pclErreur, VMERROR_ARRAY_INDEX, "an array cannot have a negative size");
-        return 0;
-    }
-    size_t nAvant = m_tabElements.size();
-    m_tabElements.resize(static_cast<size_t>(nNbElement));
-    for (size_t i = nAvant; i < m_tabElements.size(); ++i)
-        (void)m_tabElements[i].__SetType(m_nElementType, 0);
-    return 1;
+    return KVHost::Guard(pclErreur, 0, [&] {
+        if (nNbElement < 0) {
+            KVHostVM::SetError(pclErreur, VMERROR_ARRAY_INDEX,
+                               "an array cannot have a negative size");
+            return 0;
+        }
+        size_t nAvant = m_tabElements.size();
+        m_tabElements.resize(static_cast<size_t>(nNbElement));
+        for (size_t i = nAvant; i < m_tabElements.size(); ++i)
+            (void)m_tabElements[i].__SetType(m_nElementType, 0);
+        return 1;
+    });
 }
 
 int CHostArray::vbGetElement(int nIndice, CAny& clValeur, CXError* pclErreur) {
-    if (!_bIndex(nIndice, pclErreur))
-        return 0;
-    clValeur = m_tabElements[static_cast<size_t>(nIndice)];
-    return 1;
+    return KVHost::Guard(pclErreur, 0, [&] {
+        if (!_bIndex(nIndice, pclErreur))
+            return 0;
+        clValeur = m_tabElements[static_cast<size_t>(nIndice)];
+        return 1;
+    });
 }
 
 bool CHostArray::_bConvert(const CAny& clValeur, CAny& clOut, CXError* pclErreur) const {
@@ -104,13 +110,15 @@ bool CHostArray::_bConvert(const CAny& clValeur, CAny& clOut, CXError* pclErreur
 }
 
 int CHostArray::vbSetElement(int nIndice, const CAny& clValeur, CXError* pclErreur) {
-    if (!_bIndex(nIndice, pclErreur))
-        return 0;
-    CAny cl;
-    if (!_bConvert(clValeur, cl, pclErreur))
-        return 0;
-    m_tabElements[static_cast<size_t>(nIndice)].swap(cl);
-    return 1;
+    return KVHost::Guard(pclErreur, 0, [&] {
+        if (!_bIndex(nIndice, pclErreur))
+            return 0;
+        CAny cl;
+        if (!_bConvert(clValeur, cl, pclErreur))
+            return 0;
+        m_tabElements[static_cast<size_t>(nIndice)].swap(cl);
+        return 1;
+    });
 }
 
 bool CHostArray::bAppend(const CAny& clValeur, CXError* pclErreur) {
@@ -122,20 +130,23 @@ bool CHostArray::bAppend(const CAny& clValeur, CXError* pclErreur) {
 }
 
 int CHostArray::vbCopie(IKLTableau* piSource, CXError* pclErreur) {
-    if (!piSource) {
-        KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE, "no array to copy");
-        return 0;
-    }
-    if (piSource == this)
-        return 1;
-    std::vector<CAny> tab;
-    int n = piSource->vnGetNbElement();
-    for (int i = 0; i < n; ++i) {
-        CAny clSource, cl;
-        if (!piSource->vbGetElement(i, clSource, pclErreur) || !_bConvert(clSource, cl, pclErreur))
+    return KVHost::Guard(pclErreur, 0, [&] {
+        if (!piSource) {
+            KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE, "no array to copy");
             return 0;
-        tab.push_back(std::move(cl));
-    }
-    m_tabElements.swap(tab);
-    return 1;
+        }
+        if (piSource == this)
+            return 1;
+        std::vector<CAny> tab;
+        int n = piSource->vnGetNbElement();
+        for (int i = 0; i < n; ++i) {
+            CAny clSource, cl;
+            if (!piSource->vbGetElement(i, clSource, pclErreur) ||
+                !_bConvert(clSource, cl, pclErreur))
+                return 0;
+            tab.push_back(std::move(cl));
+        }
+        m_tabElements.swap(tab);
+        return 1;
+    });
 }

@@ -2,6 +2,7 @@
 
 #include "Any.h"
 #include "HostArray.h"
+#include "HostBarrier.h"
 #include "KLBIN.h"
 #include "KVResult.h"
 #include "MemoImage.h"
@@ -71,21 +72,25 @@ int CHostVM::bEmpileAny(CAny* pclRecepteur) {
 }
 
 int CHostVM::bEmpileDateHeure(const CDateTime* pclDateHeure) {
-    if (!pclDateHeure)
-        return 0;
-    m_tabStack.emplace_back();
-    m_tabStack.back().SetDateTime(*pclDateHeure);
-    return 1;
+    return KVHost::Guard(nullptr, 0, [&] {
+        if (!pclDateHeure)
+            return 0;
+        m_tabStack.emplace_back();
+        m_tabStack.back().SetDateTime(*pclDateHeure);
+        return 1;
+    });
 }
 
 int CHostVM::bEmpileChaineA(const char* psz, int nLongueur) {
-    m_tabStack.emplace_back();
-    if (!KV_bSucces(
-            m_tabStack.back().SetStringA(psz ? psz : "", psz && nLongueur > 0 ? nLongueur : -1))) {
-        m_tabStack.pop_back();
-        return 0;
-    }
-    return 1;
+    return KVHost::Guard(nullptr, 0, [&] {
+        m_tabStack.emplace_back();
+        if (!KV_bSucces(m_tabStack.back().SetStringA(psz ? psz : "",
+                                                     psz && nLongueur > 0 ? nLongueur : -1))) {
+            m_tabStack.pop_back();
+            return 0;
+        }
+        return 1;
+    });
 }
 
 int CHostVM::nFunctionCalls(int nFonction) const {
@@ -95,88 +100,98 @@ int CHostVM::nFunctionCalls(int nFonction) const {
 
 int CHostVM::bAppelleFonctionVM(int nComposante, int nFonction, int, int nNbParametre,
                                 CXError* pclErreur) {
-    // The parameters and the receiver belong to this call alone, whatever its outcome.
-    std::vector<CAny> tabParametres;
-    tabParametres.swap(m_tabStack);
-    CAny* pclRecepteur = std::exchange(m_pclReceiver, nullptr);
-    ++m_mapFunctionCalls[nFonction];
-    if (nComposante != knLibraryVM || nNbParametre < 0 ||
-        static_cast<size_t>(nNbParametre) > tabParametres.size()) {
-        KVHostVM::SetError(pclErreur, VMERROR_BAD_PARAMETERS,
-                           "host function " + std::to_string(nFonction) + " of library " +
-                               std::to_string(nComposante) + " called with " +
-                               std::to_string(nNbParametre) + " parameter(s), " +
-                               std::to_string(tabParametres.size()) + " stacked");
-        return 0;
-    }
-    tabParametres.erase(tabParametres.begin(),
-                        tabParametres.end() - static_cast<std::ptrdiff_t>(nNbParametre));
+    return KVHost::Guard(pclErreur, 0, [&] {
+        // The parameters and the receiver belong to this call alone, whatever its outcome.
+        std::vector<CAny> tabParametres;
+        tabParametres.swap(m_tabStack);
+        CAny* pclRecepteur = std::exchange(m_pclReceiver, nullptr);
+        ++m_mapFunctionCalls[nFonction];
+        if (nComposante != knLibraryVM || nNbParametre < 0 ||
+            static_cast<size_t>(nNbParametre) > tabParametres.size()) {
+            KVHostVM::SetError(pclErreur, VMERROR_BAD_PARAMETERS,
+                               "host function " + std::to_string(nFonction) + " of library " +
+                                   std::to_string(nComposante) + " called with " +
+                                   std::to_string(nNbParametre) + " parameter(s), " +
+                                   std::to_string(tabParametres.size()) + " stacked");
+            return 0;
+        }
+        tabParametres.erase(tabParametres.begin(),
+                            tabParametres.end() - static_cast<std::ptrdiff_t>(nNbParametre));
 #ifdef KVGGL_HAVE_HOST_FUNCTIONS
-    if (nFonction == FONCTIONVM_URL_ENCODE && nNbParametre == 1) {
-        CXYString<char> sTexte;
-        if (!KV_bSucces(tabParametres[0].__nFillString(sTexte))) {
-            KVHostVM::SetError(pclErreur, VMERROR_BAD_PARAMETERS,
-                               "URL encoding (297) takes a text");
-            return 0;
+        if (nFonction == FONCTIONVM_URL_ENCODE && nNbParametre == 1) {
+            CXYString<char> sTexte;
+            if (!KV_bSucces(tabParametres[0].__nFillString(sTexte))) {
+                KVHostVM::SetError(pclErreur, VMERROR_BAD_PARAMETERS,
+                                   "URL encoding (297) takes a text");
+                return 0;
+            }
+            std::string s = KVHost::UrlEncode(sTexte.sv());
+            if (pclRecepteur &&
+                !KV_bSucces(pclRecepteur->SetStringA(s.c_str(), static_cast<int>(s.size())))) {
+                KVHostVM::SetError(pclErreur, VMERROR_MEMORY, "no memory for the encoded text");
+                return 0;
+            }
+            return 1;
         }
-        std::string s = KVHost::UrlEncode(sTexte.sv());
-        if (pclRecepteur &&
-            !KV_bSucces(pclRecepteur->SetStringA(s.c_str(), static_cast<int>(s.size())))) {
-            KVHostVM::SetError(pclErreur, VMERROR_MEMORY, "no memory for the encoded text");
-            return 0;
+        if ((nFonction == FONCTIONVM_UTC_VERS_LOCALE || nFonction == FONCTIONVM_LOCALE_VERS_UTC) &&
+            nNbParametre == 1) {
+            CDateTime dt, dtResultat;
+            if (!KV_bSucces(tabParametres[0].nGetDateTime(&dt))) {
+                KVHostVM::SetError(pclErreur, VMERROR_BAD_PARAMETERS,
+                                   "time conversion (" + std::to_string(nFonction) +
+                                       ") takes a date-time");
+                return 0;
+            }
+            bool bOk = nFonction == FONCTIONVM_UTC_VERS_LOCALE
+                           ? KVHost::bUtcToLocal(dt, dtResultat, pclErreur)
+                           : KVHost::bLocalToUtc(dt, dtResultat, pclErreur);
+            if (!bOk)
+                return 0;
+            // The funnel reads the answer back as the host's digit text of a date-time.
+            wchar_t sz[18];
+            dtResultat.ToString(sz);
+            if (pclRecepteur)
+                (void)pclRecepteur->__nSetString(sz);
+            return 1;
         }
-        return 1;
-    }
-    if ((nFonction == FONCTIONVM_UTC_VERS_LOCALE || nFonction == FONCTIONVM_LOCALE_VERS_UTC) &&
-        nNbParametre == 1) {
-        CDateTime dt, dtResultat;
-        if (!KV_bSucces(tabParametres[0].nGetDateTime(&dt))) {
-            KVHostVM::SetError(pclErreur, VMERROR_BAD_PARAMETERS,
-                               "time conversion (" + std::to_string(nFonction) +
-                                   ") takes a date-time");
-            return 0;
-        }
-        bool bOk = nFonction == FONCTIONVM_UTC_VERS_LOCALE
-                       ? KVHost::bUtcToLocal(dt, dtResultat, pclErreur)
-                       : KVHost::bLocalToUtc(dt, dtResultat, pclErreur);
-        if (!bOk)
-            return 0;
-        // The funnel reads the answer back as the host's digit text of a date-time.
-        wchar_t sz[18];
-        dtResultat.ToString(sz);
-        if (pclRecepteur)
-            (void)pclRecepteur->__nSetString(sz);
-        return 1;
-    }
 #endif
-    KVHostVM::SetError(pclErreur, VMERROR_FUNCTION_UNAVAILABLE,
-                       "host function " + std::to_string(nFonction) +
-                           " is not available in this host");
-    return 0;
+        KVHostVM::SetError(pclErreur, VMERROR_FUNCTION_UNAVAILABLE,
+                           "host function " + std::to_string(nFonction) +
+                               " is not available in this host");
+        return 0;
+    });
 }
 
 IInterfaceObjetBase* CHostVM::piGetService(int nService, CXError* pclErreur) {
-    if (nService == SERVICEVM_COMPOSANTE)
-        return &gclComponentObject;
-    KVHostVM::SetError(pclErreur, VMERROR_NO_SERVICE,
-                       "the VM has no service " + std::to_string(nService));
-    return nullptr;
+    return KVHost::Guard(
+        pclErreur, static_cast<IInterfaceObjetBase*>(nullptr), [&]() -> IInterfaceObjetBase* {
+            if (nService == SERVICEVM_COMPOSANTE)
+                return &gclComponentObject;
+            KVHostVM::SetError(pclErreur, VMERROR_NO_SERVICE,
+                               "the VM has no service " + std::to_string(nService));
+            return nullptr;
+        });
 }
 
 IAuthentification* CHostVM::piGetAuthentification(CXError* pclErreur) {
-    if (m_fnLogin)
-        return m_fnLogin(pclErreur);
-    KVHostVM::SetError(pclErreur, VMERROR_NO_SERVICE, "this host has no login dialogue");
-    return nullptr;
+    return KVHost::Guard(
+        pclErreur, static_cast<IAuthentification*>(nullptr), [&]() -> IAuthentification* {
+            if (m_fnLogin)
+                return m_fnLogin(pclErreur);
+            KVHostVM::SetError(pclErreur, VMERROR_NO_SERVICE, "this host has no login dialogue");
+            return nullptr;
+        });
 }
 
 IKLTableau* CHostVM::pclAlloueTableau(int nTypeElement, int, CXError* pclErreur) {
-    if (nTypeElement < 0 || nTypeElement > 0xFFFF) {
-        KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE,
-                           "no array of type " + std::to_string(nTypeElement));
-        return nullptr;
-    }
-    return CHostArray::s_pclNew(static_cast<uint16_t>(nTypeElement));
+    return KVHost::Guard(pclErreur, static_cast<IKLTableau*>(nullptr), [&]() -> IKLTableau* {
+        if (nTypeElement < 0 || nTypeElement > 0xFFFF) {
+            KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE,
+                               "no array of type " + std::to_string(nTypeElement));
+            return nullptr;
+        }
+        return CHostArray::s_pclNew(static_cast<uint16_t>(nTypeElement));
+    });
 }
 
 bool CHostVM::s_bReadValue(const void* pValeur, int nType, CHostValue& clOut) {
@@ -291,7 +306,15 @@ void CHostVM::_Return(CCallContext* pclCtx, const void* pValeur, int nType) {
         return;
     pclCtx->m_bReturned = true;
     pclCtx->m_nReturnType = nType;
-    pclCtx->m_bUnreadable = !s_bReadValue(pValeur, nType, pclCtx->m_clResult);
+    try {
+        pclCtx->m_bUnreadable = !s_bReadValue(pValeur, nType, pclCtx->m_clResult);
+    } catch (...) {
+        // No memory to take the value: the call shows it as not held rather than let the
+        // exception reach the component.
+        pclCtx->m_clResult = CHostValue();
+        pclCtx->m_bUnreadable = true;
+        pclCtx->m_bNoMemory = true;
+    }
 }
 
 int CHostVM::bRetourneValeur(CCtxInfo* pclCtx, const void* pValeur, int nType) {

@@ -6,6 +6,8 @@
 
 #include <simdjson.h>
 
+#include <new>
+
 #include <climits>
 #include <cmath>
 #include <cstdio>
@@ -428,10 +430,14 @@ bool CObjectSerializer::bRebuild(std::string_view svType, std::string_view svSav
                                  STHostOutcome& st) {
     st = {};
     simdjson::dom::parser clParser;
-    simdjson::padded_string sTexte(svSaved.data(), svSaved.size());
     simdjson::dom::element el;
     std::string_view svSauve;
-    if (clParser.parse(sTexte).get(el) != simdjson::SUCCESS || !el.is_object())
+    // The parser copies the text into a padded block of its own, and says when it has no
+    // memory for it (a padded_string made here would not).
+    simdjson::error_code eCode = clParser.parse(svSaved.data(), svSaved.size(), true).get(el);
+    if (eCode == simdjson::MEMALLOC)
+        throw std::bad_alloc(); // the binding's barrier reports it
+    if (eCode != simdjson::SUCCESS || !el.is_object())
         return st.bRefuse("the saved text is not a saved object");
     if (el["type"].get(svSauve) != simdjson::SUCCESS)
         return st.bRefuse("the saved object does not say its type");

@@ -19,18 +19,21 @@ local function parameters(t)
 end
 
 -- The consent request: the address as the component made it, then the host's redirect and
--- state. Returns the redirect address.
-local function check_consent(entry, expected, what)
+-- state, and the host's proof key when the address asked a code without one. Returns the
+-- redirect address.
+local HOST_PKCE = "&code_challenge=[%w_-]+&code_challenge_method=S256"
+local function check_consent(entry, expected, what, host_pkce)
     W.eq(entry.method, "GET", what .. ": the browser")
     W.eq(entry.target:sub(1, #expected), expected, what .. ": the authorisation address")
-    return W.match(entry.target:sub(#expected + 1), "^&redirect_uri=(http://127%.0%.0%.1:%d+/)&state=%x+$",
+    return W.match(entry.target:sub(#expected + 1),
+                   "^&redirect_uri=(http://127%.0%.0%.1:%d+/)&state=%x+" .. (host_pkce and HOST_PKCE or "") .. "$",
                    what .. ": its end")
 end
 
 local roads = {
     {what = "code road", auth = PROVIDER .. "/authorize", token = PROVIDER .. "/token", scope = "openid",
      consent = "/oauth.provider.test/authorize?client_id=demo-client&scope=openid&response_type=code",
-     exchange = "/token", prefix = "at%-", answer = '"id_token":'},
+     exchange = "/token", prefix = "at%-", answer = '"id_token":', host_pkce = true},
     -- The loopback listener never sees a fragment: the token comes in the query.
     {what = "implicit road", auth = PROVIDER .. "/authorize", token = PROVIDER .. "/token",
      extra = "response_type=token&response_mode=query",
@@ -57,7 +60,7 @@ for _, road in ipairs(roads) do
 
     local log = W.log(mark)
     W.eq(#log, road.exchange and 2 or 1, road.what .. ": the requests")
-    local redirect = check_consent(log[1], road.consent, road.what)
+    local redirect = check_consent(log[1], road.consent, road.what, road.host_pkce)
     if road.exchange then
         local post = log[2]
         W.eq(post.method .. " " .. post.target, "POST " .. road.exchange, road.what .. ": no query left")
@@ -67,7 +70,11 @@ for _, road in ipairs(roads) do
                              road.what .. ": the body")
         local _, sent_redirect, rest = post.body:match("^code=([^&]+).-redirect_uri=([^&]+)&grant_type=[%w_]+(.*)$")
         W.eq(sent_redirect, redirect, road.what .. ": the dialogue's redirect")
-        W.eq(rest, road.body_end or "", road.what .. ": the body's end")
+        if road.host_pkce then
+            W.match(rest, "^&code_verifier=[%w_-]+$", road.what .. ": the host's verifier")
+        else
+            W.eq(rest, road.body_end or "", road.what .. ": the body's end")
+        end
         assert(#code > 0)
     end
     if road.what == "code road" then saved_code_token = token end
@@ -135,6 +142,6 @@ for _, case in ipairs(failures) do
     if case.answer then W.match(token.ReponseServeur, case.answer, case.what .. ": the answer kept") end
     local log = W.log(mark)
     W.eq(#log, case.shape, case.what .. ": the requests")
-    if case.consent then check_consent(log[1], case.consent, case.what) end
+    if case.consent then check_consent(log[1], case.consent, case.what, true) end
     if case.id then W.contains(log[2].body, "&client_id=" .. case.id .. "&", case.what .. ": the body") end
 end

@@ -160,7 +160,8 @@ function W.check_code_grant(entry, what)
     W.eq(W.header(entry, "Authorization"), nil, what .. ": no bearer at the token endpoint")
     local code, redirect = W.match(entry.body,
         "^code=([^&]+)&client_id=demo%-client&client_secret=demo%-secret" ..
-        "&redirect_uri=(http://127%.0%.0%.1:%d+/)&grant_type=authorization_code$", what .. ": body")
+        "&redirect_uri=(http://127%.0%.0%.1:%d+/)&grant_type=authorization_code" ..
+        "&code_verifier=[%w_-]+$", what .. ": body (the host's proof key last)")
     return code, redirect
 end
 
@@ -173,7 +174,9 @@ function W.check_consent_request(entry, scope, email, what)
                      (email and ("&login_hint=" .. email) or "") .. "&redirect_uri="
     W.eq(entry.target:sub(1, #expected), expected, what .. ": the login address")
     local redirect, state = W.match(entry.target:sub(#expected + 1),
-                                    "^(http://127%.0%.0%.1:%d+/)&state=(%x+)$", what .. ": its end")
+                                    "^(http://127%.0%.0%.1:%d+/)&state=(%x+)" ..
+                                    "&code_challenge=[%w_-]+&code_challenge_method=S256$",
+                                    what .. ": its end, with the host's proof key")
     W.eq(#state, 32, what .. ": the state the host filled in")
     return redirect
 end

@@ -104,6 +104,39 @@ TEST_F(StoreTest, AnExistingFileIsMadePrivate) {
     EXPECT_EQ(st.st_mode & 07777, 0600u);
 }
 
+// The store never goes through a symbolic link: its target would be made private, or written.
+TEST_F(StoreTest, NoLinkFollowed) {
+    const std::string sTarget = m_sDirectory + "/target";
+    std::fclose(std::fopen(sTarget.c_str(), "w"));
+    ASSERT_EQ(chmod(sTarget.c_str(), 0644), 0);
+    ASSERT_EQ(symlink(sTarget.c_str(), (m_sDirectory + "/link.db").c_str()), 0);
+    CXError clLink;
+    clOpen(m_sDirectory + "/link.db")->vEcrit(L"S", L"K", L"V", &clLink);
+    EXPECT_NE(std::wstring(clLink.pszGetUserMessage()).find(L"symbolic link"), std::wstring::npos)
+        << KVUtf8::VersUtf8(clLink.pszGetUserMessage());
+    struct stat st {};
+    ASSERT_EQ(stat(sTarget.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0644u) << "the link's target keeps its mode";
+    EXPECT_EQ(st.st_size, 0) << "and its bytes";
+}
+
+TEST_F(StoreTest, AReadOnlyStoreIsRead) {
+    if (geteuid() == 0)
+        GTEST_SKIP() << "file modes do not bind the superuser";
+    const std::string sPath = m_sDirectory + "/readonly.db";
+    {
+        CXError clError;
+        clOpen(sPath)->vEcrit(L"S", L"K", L"kept", &clError);
+        ASSERT_TRUE(clError.bEstPropre());
+    }
+    ASSERT_EQ(chmod(sPath.c_str(), 0400), 0);
+    CRef<CHostStoreService> clStore = clOpen(sPath);
+    EXPECT_EQ(s_sRead(*clStore, L"S", L"K"), L"kept");
+    CXError clWrite;
+    clStore->vEcrit(L"S", L"K", L"new", &clWrite);
+    EXPECT_FALSE(clWrite.bEstPropre()) << "writing a read-only store fails";
+}
+
 TEST_F(StoreTest, FailuresSayWhy) {
     // A path through a file: the directory cannot be made.
     const std::string sFile = m_sDirectory + "/plain";

@@ -340,6 +340,21 @@ TEST(HTTPClientFailure, ServerThatNeverAnswers) {
     EXPECT_LT(nMs, 5000);
 }
 
+// On a kept-alive connection nothing is connected, yet the timeout is the exchange's.
+TEST(HTTPClientFailure, SilenceOnAReusedConnectionIsTheExchangeTimeout) {
+    CRawServer clServer([](const STRawRequest& r) {
+        return r.sTarget == "/first" ? STRawReply{CRawServer::s_sAnswer(200, "OK", "x")}
+                                     : STRawReply{"", false, true};
+    });
+    STHostOptions st = TestOptions();
+    st.nTimeoutMs = 300;
+    auto cl = NewClient(st);
+    ASSERT_TRUE(Execute(*cl, METHODE_HTTP_GET, clServer.sUrl("/first")));
+    ASSERT_FALSE(Execute(*cl, METHODE_HTTP_GET, clServer.sUrl("/second")));
+    EXPECT_EQ(clServer.nConnections(), 1);
+    ExpectFailure(*cl, {"", HOSTERROR_HTTP_TIMEOUT, "did not answer within 0.3 s"});
+}
+
 TEST(HTTPClientFailure, TruncatedBody) {
     CRawServer clServer([](const STRawRequest&) {
         return STRawReply{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n0123456789", true};
@@ -485,7 +500,7 @@ TEST(HTTPClient, ShowsProgressForTransfersOverOneMegabyte) {
             continue;
         }
         std::string sExpected = "kvggl: GET 127.0.0.1:" + std::to_string(clServer.nPort()) +
-                               ": 3.1 MB of 3.1 MB (100%)";
+                                ": 3.1 MB of 3.1 MB (100%)";
         EXPECT_NE(sOut.find(sExpected), std::string::npos) << sOut;
         EXPECT_EQ(sOut.back(), '\n');
         EXPECT_EQ(std::count(sOut.begin(), sOut.end(), '\n'), 1) << "one line, the big one";

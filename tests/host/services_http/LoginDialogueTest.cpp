@@ -3,6 +3,7 @@
 #include "HostErrors.h"
 #include "LoginDialogue.h"
 #include "RawServer.h"
+#include "ServicesTestSupport.h"
 #include "Ref.h"
 #include "Utf8.h"
 #include "XError.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -170,15 +172,44 @@ TEST(LoginDialogue, EndToEndWithCurlAsTheBrowser) {
 
 TEST(LoginDialogue, RefusesAnAnswerWithAnotherState) {
     CRawServer clProvider([](const STRawRequest& r) { return Provider(r, "forged"); });
-    auto cl = NewDialogue(LoginOptions("curl -s -L -o /dev/null"));
+    auto cl = NewDialogue(LoginOptions("curl -s -L -o /dev/null", 1000));
     std::string sRedirect = RedirectAddress(*cl);
     STRun st = RunDialogue(*cl, clProvider.sUrl("/auth?x=1") + "&redirect_uri=" + sRedirect +
                                     "&state=[%STATE%]");
     EXPECT_EQ(st.e, AUTHENTIFICATION_ETAT_INVALIDE);
     EXPECT_EQ(st.nCode, HOSTERROR_LOGIN_STATE);
-    EXPECT_NE(st.sMessage.find("state"), std::string::npos);
+    EXPECT_NE(st.sMessage.find("1 answer(s) without it were refused"), std::string::npos)
+        << st.sMessage;
     EXPECT_EQ(st.sAnswer, "");
     EXPECT_EQ(Connect(PortOf(sRedirect)), -1);
+}
+
+// What ends a sign-in at once, before any wait: no client in the address, or a provider that
+// the silent refresh could not reach a moment ago.
+TEST(LoginDialogue, FailsAtOnceWhenNobodyCouldAnswer) {
+    // The refresh before the dialogue: refused, and noted for 127.0.0.1.
+    ASSERT_FALSE(Execute(*NewClient(), METHODE_HTTP_POST, "http://127.0.0.1:1/o/oauth2/token"));
+    struct STCase {
+        std::string sLogin;
+        unsigned nCode;
+        const char* pszSaid;
+    } tab[] = {
+        {"https://login.example.test/auth?client_id=&scope=x", HOSTERROR_LOGIN_CLIENT,
+         "set ClientID"},
+        {"http://127.0.0.1:1/o/oauth2/auth?client_id=id", HOSTERROR_HTTP_CONNECT,
+         "Cannot connect to 127.0.0.1:1"},
+    };
+    for (const STCase& c : tab) {
+        auto cl = NewDialogue(LoginOptions("touch /nonexistent/opened", 20000));
+        std::string sRedirect = RedirectAddress(*cl);
+        auto tStart = std::chrono::steady_clock::now();
+        STRun st = RunDialogue(*cl, c.sLogin + "&redirect_uri=" + sRedirect + "&state=[%STATE%]");
+        EXPECT_LT(std::chrono::steady_clock::now() - tStart, std::chrono::seconds(1)) << c.sLogin;
+        EXPECT_EQ(st.e, AUTHENTIFICATION_ERREUR) << c.sLogin;
+        EXPECT_EQ(st.nCode, c.nCode) << c.sLogin << ": " << st.sMessage;
+        EXPECT_NE(st.sMessage.find(c.pszSaid), std::string::npos) << st.sMessage;
+        EXPECT_EQ(Connect(PortOf(sRedirect)), -1);
+    }
 }
 
 TEST(LoginDialogue, OpensARoutedOriginInItsBrowserForm) {
@@ -279,8 +310,9 @@ TEST_F(LoginDialogueByHand, ServesStrayRequestsAndIdleConnectionsUntilTheAnswer)
     EXPECT_EQ(st.sAnswer, sHead);
 }
 
+// The command reads the address from KVGGL_LOGIN_URL here, which keeps it off the process list.
 TEST_F(LoginDialogueByHand, AcceptsAnyStateWhenTheAddressHadNoMarker) {
-    auto cl = NewDialogue(LoginOptions("printf '%s\\n' >" + m_sFile));
+    auto cl = NewDialogue(LoginOptions("printf '%s\\n' \"$KVGGL_LOGIN_URL\" >" + m_sFile + "; :"));
     std::string sRedirect = RedirectAddress(*cl);
     auto futDialogue = std::async(std::launch::async, [&] {
         return RunDialogue(*cl, "https://login.example.test/auth?redirect_uri=" + sRedirect);
@@ -292,17 +324,36 @@ TEST_F(LoginDialogueByHand, AcceptsAnyStateWhenTheAddressHadNoMarker) {
     EXPECT_EQ(st.sAnswer, "GET /?code=z HTTP/1.1\r\n");
 }
 
-TEST_F(LoginDialogueByHand, RefusesAMissingState) {
+// Another local process that knows the address can neither end the sign-in (a wrong or
+// missing state, garbage) nor starve it (idle connections in every slot); an error answer
+// shows an error page.
+TEST_F(LoginDialogueByHand, OnlyTheAnswerWithItsStateEndsTheSignIn) {
     auto cl = NewDialogue(LoginOptions("printf '%s\\n' >" + m_sFile));
     std::string sRedirect = RedirectAddress(*cl);
+    int nPort = PortOf(sRedirect);
     auto futDialogue = std::async(std::launch::async, [&] {
         return RunDialogue(*cl, "https://l.test/a?redirect_uri=" + sRedirect + "&state=[%STATE%]");
     });
-    ASSERT_FALSE(WaitForAddress().empty());
-    std::string sPage = Ask(PortOf(sRedirect), "GET /?code=z HTTP/1.1\r\n\r\n");
-    EXPECT_EQ(sPage.rfind("HTTP/1.1 400 ", 0), 0u) << sPage;
-    EXPECT_NE(sPage.find("refused"), std::string::npos);
-    EXPECT_EQ(futDialogue.get().e, AUTHENTIFICATION_ETAT_INVALIDE);
+    std::string sState = QueryValue(WaitForAddress(), "state");
+    ASSERT_EQ(sState.size(), 32u);
+    std::vector<int> tabIdle;
+    for (int i = 0; i < 20; ++i)
+        tabIdle.push_back(Connect(nPort));
+    for (const char* pszTarget : {"/?code=z", "/?code=z&state=forged"}) {
+        std::string sPage = Ask(nPort, std::string("GET ") + pszTarget + " HTTP/1.1\r\n\r\n");
+        EXPECT_EQ(sPage.rfind("HTTP/1.1 400 ", 0), 0u) << pszTarget << ": " << sPage;
+        EXPECT_NE(sPage.find("refused"), std::string::npos) << sPage;
+    }
+    EXPECT_EQ(futDialogue.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout)
+        << "a refused answer ends nothing";
+    const std::string sHead = "GET /?error=access_denied&state=" + sState + " HTTP/1.1\r\n";
+    std::string sPage = Ask(nPort, sHead + "\r\n");
+    EXPECT_NE(sPage.find("did not complete"), std::string::npos) << sPage;
+    STRun st = futDialogue.get();
+    for (int nFd : tabIdle)
+        ::close(nFd);
+    EXPECT_EQ(st.e, AUTHENTIFICATION_OK) << st.sMessage;
+    EXPECT_EQ(st.sAnswer, sHead);
 }
 
 TEST(LoginDialogue, PrintsTheAddressWhenNoBrowserCanBeOpened) {
@@ -311,12 +362,21 @@ TEST(LoginDialogue, PrintsTheAddressWhenNoBrowserCanBeOpened) {
         bool bBrowserSet;
         const char* pszBrowser;
         const char* pszExtra; // more of the message
+        eAUTHENTIFICATION e;
+        const char* pszError; // in the error's message
     };
+    // Standard input is no terminal here: nobody can read the address, the error says what
+    // to set. A failing command ends the wait at once.
     const STCase tab[] = {
-        {"NoDisplay", false, "", ""},
-        {"EmptyCommand", true, "", ""},
-        {"FailingCommand", true, "sh -c 'exit 3'", "the browser command failed (status 3)"},
+        {"NoDisplay", false, "", "", AUTHENTIFICATION_DELAI_DEPASSE, "set KVGGL_BROWSER"},
+        {"EmptyCommand", true, "", "", AUTHENTIFICATION_DELAI_DEPASSE, "set KVGGL_BROWSER"},
+        {"FailingCommand", true, "sh -c 'exit 3'", "the browser command failed (status 3)",
+         AUTHENTIFICATION_ERREUR, "exit status 3"},
     };
+    int nStdin = ::dup(STDIN_FILENO);
+    int nNull = ::open("/dev/null", O_RDONLY);
+    ::dup2(nNull, STDIN_FILENO);
+    ::close(nNull);
     const char* pszDisplay = std::getenv("DISPLAY");
     std::string sDisplay = pszDisplay ? pszDisplay : "";
     ::unsetenv("DISPLAY");
@@ -331,7 +391,8 @@ TEST(LoginDialogue, PrintsTheAddressWhenNoBrowserCanBeOpened) {
             *cl, "https://login.example.test/auth?redirect_uri=" + sRedirect + "&state=[%STATE%]",
             L"AuthIdentifie");
         std::string sOut = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(stRun.e, AUTHENTIFICATION_DELAI_DEPASSE) << c.pszName;
+        EXPECT_EQ(stRun.e, c.e) << c.pszName;
+        EXPECT_NE(stRun.sMessage.find(c.pszError), std::string::npos) << stRun.sMessage;
         std::smatch m;
         EXPECT_TRUE(std::regex_search(
             sOut, m,
@@ -341,6 +402,8 @@ TEST(LoginDialogue, PrintsTheAddressWhenNoBrowserCanBeOpened) {
             << c.pszName << ": " << sOut;
         EXPECT_NE(sOut.find(c.pszExtra), std::string::npos) << c.pszName << ": " << sOut;
     }
+    ::dup2(nStdin, STDIN_FILENO);
+    ::close(nStdin);
     if (!sDisplay.empty())
         ::setenv("DISPLAY", sDisplay.c_str(), 1);
 }

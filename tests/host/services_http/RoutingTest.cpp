@@ -80,6 +80,22 @@ TEST(Routing, RefusesASettingItCannotRead) {
     }
 }
 
+// Routed requests go in clear: only to this machine, unless the user allows more.
+TEST(Routing, SendsOnlyToThisMachineUnlessAllowed) {
+    for (const char* psz : {"*=127.0.0.1:1", "*=127.1.2.3:1", "*=localhost:1", "*=[::1]:1"}) {
+        CRouting cl;
+        std::string sError;
+        EXPECT_TRUE(cl.bParse(psz, sError)) << psz << ": " << sError;
+    }
+    for (const char* psz : {"*=10.0.0.1:80", "https://www.googleapis.com=evil.example:80"}) {
+        CRouting cl;
+        std::string sError;
+        EXPECT_FALSE(cl.bParse(psz, sError)) << psz;
+        EXPECT_NE(sError.find("KVGGL_ROUTE_INSECURE=1"), std::string::npos) << sError;
+        EXPECT_TRUE(cl.bParse(psz, sError, true)) << psz << ": " << sError;
+    }
+}
+
 TEST(Routing, GivesTheBrowserFormOfARoutedAddress) {
     CRouting cl;
     std::string sError;
