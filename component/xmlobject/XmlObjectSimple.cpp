@@ -1,5 +1,7 @@
 #include "xmlobject/XmlObjectSimple.h"
 
+#include "xmlobject/LectureAttributs.h"
+
 #include "KVResult.h"
 #include "Utf8.h"
 #include "XMLService.h"
@@ -28,7 +30,7 @@ template <class T> CXYString<char> CXmlObjectSimple<T>::czGetXmlContent() {
     if (piNoeud->eGetGenre() != NOEUDXML_ELEMENT)
         return {};
     if (eGetType() == XML_ATTRIBUT)
-        return piNoeud->pszGetAttribut(czGetNom().pszGet());
+        return CLectureAttributs::s_pszValeur(piNoeud, czGetNom().pszGet());
     if (eGetType() == XML_ELEMENT) {
         // Only the first child is looked at: text after a comment or an element is not seen.
         if (INoeudXML* piEnfant = piNoeud->piGetEnfant(0)) {
@@ -45,11 +47,25 @@ template <class T> CXYString<char> CXmlObjectSimple<T>::czGetXmlContent() {
 }
 
 template <class T> void CXmlObjectSimple<T>::vInit(CXError& clErreur) {
-    // A leaf that was read is set, even when the node held nothing.
+    // A leaf that was read is set, even when the node held nothing; a text converts later.
+    if (kbParesseux && piGetNoeud()) {
+        m_bEnAttente = true;
+        m_bRenseigne = 1;
+        return;
+    }
     vbSet(sVersWide(czGetXmlContent()).pszGet(), clErreur);
 }
 
+template <class T> void CXmlObjectSimple<T>::_Materialise() const {
+    if (!m_bEnAttente)
+        return;
+    m_bEnAttente = false;
+    CXmlObjectSimpleConv::s_bConvertToType(
+        sVersWide(const_cast<CXmlObjectSimple*>(this)->czGetXmlContent()).pszGet(), m_Valeur);
+}
+
 template <class T> bool CXmlObjectSimple<T>::vbSet(const wchar_t* pszValeur, CXError&) {
+    m_bEnAttente = false;
     if (!CXmlObjectSimpleConv::s_bConvertToType(pszValeur ? pszValeur : L"", m_Valeur))
         return false;
     m_bRenseigne = 1;
@@ -57,7 +73,7 @@ template <class T> bool CXmlObjectSimple<T>::vbSet(const wchar_t* pszValeur, CXE
 }
 
 template <class T> bool CXmlObjectSimple<T>::vbGet(CXYString<wchar_t>& sValeur, CXError& clErreur) const {
-    return CXmlObjectSimpleConv::s_bConvertFromType(m_Valeur, sValeur, clErreur);
+    return CXmlObjectSimpleConv::s_bConvertFromType(GetValeur(), sValeur, clErreur);
 }
 
 template <class T> bool CXmlObjectSimple<T>::_bSetNodeText(const CXYString<wchar_t>& sTexte) {
@@ -72,7 +88,8 @@ template <class T> bool CXmlObjectSimple<T>::_bSetNodeText(const CXYString<wchar
 }
 
 template <class T> bool CXmlObjectSimple<T>::vbApplyToXml(CXError& clErreur) {
-    if (vbIsNouvelObjet())
+    // A text still pending is the node's own: nothing changed.
+    if (vbIsNouvelObjet() || m_bEnAttente)
         return false;
     CXYString<wchar_t> sTexte;
     if (!vbGet(sTexte, clErreur))
@@ -99,6 +116,7 @@ template <class T> bool CXmlObjectSimple<T>::vbCreateXml(INoeudXML* piNoeud, int
 }
 
 template <class T> void CXmlObjectSimple<T>::_vRAZ(CCtxInfo*, CXError*) {
+    m_bEnAttente = false;
     m_Valeur = T{};
     m_bRenseigne = 1;
 }

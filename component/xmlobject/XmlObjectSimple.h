@@ -6,6 +6,8 @@
 #include "xmlobject/XmlObject.h"
 #include "xmlobject/XmlObjectSimpleConv.h"
 
+#include <type_traits>
+
 template <class T> class CXmlObjectSimple : public virtual CXmlObject {
 public:
     void vInit(CXError& clErreur) override;
@@ -20,9 +22,13 @@ public:
     // A reset leaf is set: it writes an empty value or zero.
     void _vRAZ(CCtxInfo* pclCtx, CXError* pclErreur) override;
 
-    const T& GetValeur() const { return m_Valeur; }
+    const T& GetValeur() const {
+        _Materialise();
+        return m_Valeur;
+    }
     // The value stored as it is, bypassing the conversion; the leaf becomes set.
     void SetValeur(const T& Valeur) {
+        m_bEnAttente = false;
         m_Valeur = Valeur;
         m_bRenseigne = 1;
     }
@@ -33,10 +39,19 @@ protected:
     // The text into the node: an element's text or an attribute's value.
     bool _bSetNodeText(const CXYString<wchar_t>& sTexte);
     // What a clone takes: the value, and set whatever the source was.
-    void _CopieDe(const CXmlObjectSimple& clSource) { SetValeur(clSource.m_Valeur); }
+    void _CopieDe(const CXmlObjectSimple& clSource) { SetValeur(clSource.GetValeur()); }
+    // The node's text is what the value was read from: it is converted before the node goes.
+    void vAvantChangementNoeud() override { _Materialise(); }
 
-    T m_Valeur{};
+private:
+    // A text leaf read from XML converts its text when first asked: most texts of a feed are
+    // never read nor changed, and an unchanged text needs no comparison to be applied.
+    static constexpr bool kbParesseux = std::is_same_v<T, CXYString<wchar_t>>;
+    void _Materialise() const;
+
+    mutable T m_Valeur{};
     int32_t m_bRenseigne = 0;
+    mutable bool m_bEnAttente = false; // the value is still the node's text
 };
 
 extern template class CXmlObjectSimple<CXYString<wchar_t>>;

@@ -44,14 +44,12 @@ public:
 #ifdef XML_ESSAI_DEFINITIONS
 const stXmlPropriete CNicheEssai::s_m_stTabXmlDescription__[] = {
     XML_ROW("value", XmlObject::Texte, XML_ATTRIBUT) XML_ROW("note", XmlObject::Texte, XML_ELEMENT)};
-XML_OBJET_DEFINE(CNicheEssai, CXmlObjectMulti)
-void CNicheEssai::vAccepte(CVisiteur*) {}
+XML_OBJET_DEFINE_SANS_VISITE(CNicheEssai, CXmlObjectMulti)
 
 const stXmlPropriete CSousEntreeEssai::s_m_stTabXmlDescription__[] = {
     XML_ROW("id", XmlObject::Texte, XML_ELEMENT) XML_ROW("link", Ggl::CLink, XML_ELEMENT)
         XML_ROW("title", Ggl::CTitre, XML_ELEMENT)};
-XML_OBJET_DEFINE(CSousEntreeEssai, CXmlObjectAutonome)
-void CSousEntreeEssai::vAccepte(CVisiteur*) {}
+XML_OBJET_DEFINE_SANS_VISITE(CSousEntreeEssai, CXmlObjectAutonome)
 
 const stXmlPropriete CEntreeEssai::s_m_stTabXmlDescription__[] = {
     XML_ROW("id", XmlObject::Texte, XML_ELEMENT)
@@ -64,8 +62,7 @@ const stXmlPropriete CEntreeEssai::s_m_stTabXmlDescription__[] = {
     XML_ROW("gContact:groupMembershipInfo", Ggl::TexteOnHref, XML_ELEMENT)
     XML_ROW("item", CNicheEssai, XML_ELEMENT)
     XML_ROW("entry", CSousEntreeEssai, XML_ELEMENT)};
-XML_OBJET_DEFINE(CEntreeEssai, CXmlObjectAutonomeRacine)
-void CEntreeEssai::vAccepte(CVisiteur*) {}
+XML_OBJET_DEFINE_SANS_VISITE(CEntreeEssai, CXmlObjectAutonomeRacine)
 #endif
 
 // The host's XML service for the component while a test runs.
