@@ -82,6 +82,9 @@ void CXmlObjectMulti::_LitAttributs(INoeudXML* piNoeud) {
 }
 
 CXmlObjectListe* CXmlObjectMulti::pclCreateListe(const char* pszNom) {
+    // Names come from the rows: the first one makes room for as many as the table has.
+    if (m_mapProprietes.bEstVide())
+        m_mapProprietes.Reserve(m_nNbDescription < 8 ? m_nNbDescription : 8);
     auto* pclListe = new CXmlObjectListe(pszNom);
     pclListe->vAddRef();
     if (!m_mapProprietes.bInsere(pclListe)) {

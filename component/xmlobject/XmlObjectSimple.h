@@ -13,7 +13,7 @@ public:
     void vInit(CXError& clErreur) override;
     CXmlObject* vpclGetXmlObject() override { return this; }
     // The text in the XML, UTF-8.
-    virtual CXYString<char> czGetXmlContent();
+    CXYString<char> czGetXmlContent();
     bool vbSet(const wchar_t* pszValeur, CXError& clErreur) override;
     bool vbGet(CXYString<wchar_t>& sValeur, CXError& clErreur) const override;
     bool vbApplyToXml(CXError& clErreur) override;
@@ -33,6 +33,10 @@ public:
         m_bRenseigne = 1;
     }
     bool bEstRenseigne() const { return m_bRenseigne != 0; }
+
+    // The text in the XML as the node gives it, never null. When the text belongs to another
+    // node, piGarde receives a reference to it, to release once the text has been used.
+    virtual const char* _vpszContenu(INoeudXML*& piGarde);
 
 protected:
     CXmlObjectSimple() = default;
@@ -65,9 +69,9 @@ extern template class CXmlObjectSimple<CDateTimeRFC3339>;
 // on every pass, and counts as changed whenever the host accepts it.
 template <class T> class CXmlObjectSimpleAttribut : public CXmlObjectSimple<T> {
 public:
-    CXYString<char> czGetXmlContent() override;
     bool vbCreateXml(INoeudXML* piNoeud, int bLie, CXError& clErreur) override;
     bool vbApplyToXml(CXError& clErreur) override;
+    const char* _vpszContenu(INoeudXML*& piGarde) override;
 
 protected:
     explicit CXmlObjectSimpleAttribut(const char* pszAttribut) : m_czAttribut(pszAttribut) {}
