@@ -52,7 +52,8 @@ bool CConstante::vbSet(const wchar_t* pszValeur, CXError& clErreur) {
         return true;
     }
     // Every row but the empty one is the schema and a fragment: the schema is compared once.
-    if (wcsncasecmp(pszValeur, s_TabConstantes[1], knLongueurSchema) == 0)
+    if (wcsncmp(pszValeur, s_TabConstantes[1], knLongueurSchema) == 0 ||
+        wcsncasecmp(pszValeur, s_TabConstantes[1], knLongueurSchema) == 0)
         for (int i = 1; i < knNbConstantes; ++i)
             if (wcscasecmp(pszValeur + knLongueurSchema, s_TabConstantes[i] + knLongueurSchema) == 0) {
                 SetValeur(i);
