@@ -10,7 +10,13 @@ std::vector<CFigureReporter::STFigure>& CFigureReporter::s_rFigures() {
 
 bool CFigureReporter::s_bDeclare(const char* pszFigure, const char* pszNumerator,
                                  const char* pszDenominator, eClock eWhich) {
-    s_rFigures().push_back({pszFigure, pszNumerator, pszDenominator, eWhich});
+    s_rFigures().push_back({pszFigure, pszNumerator, pszDenominator, eWhich, "ratio", false});
+    return true;
+}
+
+bool CFigureReporter::s_bDeclareCounter(const char* pszFigure, const char* pszBenchmark,
+                                        const char* pszCounter, const char* pszUnit) {
+    s_rFigures().push_back({pszFigure, pszBenchmark, pszCounter, CLOCK_PROCESSOR, pszUnit, true});
     return true;
 }
 
@@ -25,6 +31,11 @@ void CFigureReporter::ReportRuns(const std::vector<Run>& tabRuns) {
         std::string sName = stRun.run_name.function_name;
         if (!stRun.run_name.args.empty())
             sName += "/" + stRun.run_name.args;
+        for (const auto& [sCounter, clCounter] : stRun.counters) {
+            auto [itCounter, bNew] = m_mapCounters.emplace(sName + "/" + sCounter, clCounter.value);
+            if (!bNew)
+                itCounter->second = std::min(itCounter->second, static_cast<double>(clCounter.value));
+        }
         const double tabSeconds[2] = {stRun.cpu_accumulated_time, stRun.real_accumulated_time};
         for (int nClock = CLOCK_PROCESSOR; nClock <= CLOCK_WALL; ++nClock) {
             double rSeconds = tabSeconds[nClock] / static_cast<double>(stRun.iterations);
@@ -38,6 +49,17 @@ void CFigureReporter::ReportRuns(const std::vector<Run>& tabRuns) {
 bool CFigureReporter::bPrintFigures(std::ostream& clOut) const {
     bool bAll = true;
     for (const STFigure& stFigure : s_rFigures()) {
+        if (stFigure.bCounter) {
+            auto it = m_mapCounters.find(stFigure.sNumerator + "/" + stFigure.sDenominator);
+            if (it == m_mapCounters.end()) {
+                bAll = false;
+                continue;
+            }
+            char szValue[32];
+            std::snprintf(szValue, sizeof szValue, "%.2f", it->second);
+            clOut << "figure " << stFigure.sName << ' ' << szValue << ' ' << stFigure.sUnit << '\n';
+            continue;
+        }
         const std::map<std::string, double>& mapBest = m_mapBestSeconds[stFigure.eWhich];
         auto itNumerator = mapBest.find(stFigure.sNumerator);
         auto itDenominator = mapBest.find(stFigure.sDenominator);

@@ -20,6 +20,10 @@ public:
     static bool s_bDeclare(const char* pszFigure, const char* pszNumerator,
                            const char* pszDenominator, eClock eWhich = CLOCK_PROCESSOR);
 
+    // Declares a figure that is a counter of one benchmark, printed with its unit.
+    static bool s_bDeclareCounter(const char* pszFigure, const char* pszBenchmark,
+                                  const char* pszCounter, const char* pszUnit);
+
     void ReportRuns(const std::vector<Run>& tabRuns) override;
     // One line per declared figure whose two benchmarks ran; false when one did not.
     bool bPrintFigures(std::ostream& clOut) const;
@@ -28,8 +32,11 @@ private:
     struct STFigure {
         std::string sName, sNumerator, sDenominator;
         eClock eWhich;
+        std::string sUnit = "ratio"; // a counter figure: sDenominator names the counter
+        bool bCounter = false;
     };
     static std::vector<STFigure>& s_rFigures();
 
     std::map<std::string, double> m_mapBestSeconds[2]; // by clock, then benchmark name
+    std::map<std::string, double> m_mapCounters;       // by "benchmark/counter", the lowest
 };

@@ -26,7 +26,6 @@
 namespace {
 
 constexpr wchar_t s_szFullCalendars[] = L"/calendar/v3/users/me/calendarList";
-constexpr wchar_t s_szEventsList[] = L"/calendar/v3/calendars/%s/events";
 constexpr wchar_t s_szStartMin[] = L"timeMin";
 constexpr wchar_t s_szStartMax[] = L"timeMax";
 constexpr wchar_t s_szSingleEvents[] = L"singleEvents";

@@ -29,15 +29,35 @@ int STR_nCompareCharSouple(wchar_t c1, wchar_t c2) {
     return static_cast<int>(cPlie(c1)) - static_cast<int>(cPlie(c2));
 }
 
-bool STR_bEgalSoupleSansBlancs(std::wstring_view svTexte, std::wstring_view svCle) {
-    while (!svTexte.empty() && bBlanc(svTexte.front()))
-        svTexte.remove_prefix(1);
-    while (!svTexte.empty() && bBlanc(svTexte.back()))
-        svTexte.remove_suffix(1);
-    if (svTexte.size() != svCle.size())
+namespace {
+
+std::wstring_view svRogne(std::wstring_view sv, bool (*pfnRogne)(wchar_t)) {
+    while (!sv.empty() && pfnRogne(sv.front()))
+        sv.remove_prefix(1);
+    while (!sv.empty() && pfnRogne(sv.back()))
+        sv.remove_suffix(1);
+    return sv;
+}
+
+bool bEgalSouple(std::wstring_view sv1, std::wstring_view sv2) {
+    if (sv1.size() != sv2.size())
         return false;
-    for (size_t i = 0; i < svTexte.size(); ++i)
-        if (STR_nCompareCharSouple(svTexte[i], svCle[i]) != 0)
+    for (size_t i = 0; i < sv1.size(); ++i)
+        if (STR_nCompareCharSouple(sv1[i], sv2[i]) != 0)
             return false;
     return true;
+}
+
+bool bEspace(wchar_t c) {
+    return c == L' ';
+}
+
+} // namespace
+
+bool STR_bEgalSoupleSansBlancs(std::wstring_view svTexte, std::wstring_view svCle) {
+    return bEgalSouple(svRogne(svTexte, bBlanc), svCle);
+}
+
+bool STR_bEgalSoupleSansEspaces(std::wstring_view sv1, std::wstring_view sv2) {
+    return bEgalSouple(svRogne(sv1, bEspace), svRogne(sv2, bEspace));
 }

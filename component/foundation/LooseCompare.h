@@ -14,3 +14,7 @@ inline int STR_nCompareCharSoupleW(wchar_t c1, wchar_t c2) {
 // svTexte, blanks (space, tab) taken off both ends, against svCle character by character
 // with STR_nCompareCharSouple; the lengths must agree.
 bool STR_bEgalSoupleSansBlancs(std::wstring_view svTexte, std::wstring_view svCle);
+
+// Both texts with spaces (code 32 only) taken off their ends, then compared as above. Two
+// empty texts are equal.
+bool STR_bEgalSoupleSansEspaces(std::wstring_view sv1, std::wstring_view sv2);

@@ -17,9 +17,19 @@ namespace {
 constexpr unsigned knErreurConflit = 600031;
 }
 
+COperationBase::COperationBase(eUPDATEOPS eOperation, eSERVICESGOOGLE eService,
+                               CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet, bool bReference)
+    : m_eOperation(eOperation), m_pclObjet(pclObjet), m_pclConteneur(pclConteneur),
+      m_eService(eService), m_bReference(bReference && pclObjet) {
+    if (m_bReference)
+        m_pclObjet->vAddRef();
+}
+
 COperationBase::~COperationBase() {
     if (m_piRemplacant)
         m_piRemplacant->vRelease();
+    if (m_bReference)
+        m_pclObjet->vRelease();
 }
 
 void COperationBase::operator()(CGoogleConnexion* pclConnexion, IVM* piVM, CXError* pclErreur) {
@@ -86,17 +96,9 @@ CHTTPResponse COperationBase::_clEnvoieXml(CGoogleConnexion* pclConnexion, IVM* 
 
 // ---- Addition -----------------------------------------------------------------------------
 
+// The entry holds a reference unless it is the container itself.
 CAjout::CAjout(eSERVICESGOOGLE eService, CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet)
-    : COperationBase(UPDATEOPS_AJOUT, eService, pclConteneur, pclObjet),
-      m_bReference(pclObjet && pclObjet != pclConteneur) {
-    if (m_bReference)
-        pclObjet->vAddRef();
-}
-
-CAjout::~CAjout() {
-    if (m_bReference)
-        m_pclObjet->vRelease();
-}
+    : COperationBase(UPDATEOPS_AJOUT, eService, pclConteneur, pclObjet, pclObjet != pclConteneur) {}
 
 IUpdateOperation* CAjout::vpclCopie(CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet) {
     return new CAjout(m_eService, pclConteneur, pclObjet);
@@ -173,17 +175,6 @@ void CModif::_vDoOperation(CGoogleConnexion* pclConnexion, IVM* piVM, CXError* p
 }
 
 // ---- Deletion -----------------------------------------------------------------------------
-
-CSuppr::CSuppr(eSERVICESGOOGLE eService, CXmlObjectMulti* pclObjet)
-    : COperationBase(UPDATEOPS_SUPPR, eService, pclObjet, pclObjet) {
-    if (m_pclObjet)
-        m_pclObjet->vAddRef();
-}
-
-CSuppr::~CSuppr() {
-    if (m_pclObjet)
-        m_pclObjet->vRelease();
-}
 
 IUpdateOperation* CSuppr::vpclCopie(CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet) {
     auto* pcl = new CSuppr(m_eService, pclConteneur ? pclConteneur : pclObjet);

@@ -32,10 +32,9 @@ public:
     eSERVICESGOOGLE eGetService() const { return m_eService; }
 
 protected:
+    // bReference: the operation holds a reference on the object while it lives.
     COperationBase(eUPDATEOPS eOperation, eSERVICESGOOGLE eService, CXmlObjectMulti* pclConteneur,
-                   CXmlObjectMulti* pclObjet)
-        : m_eOperation(eOperation), m_pclObjet(pclObjet), m_pclConteneur(pclConteneur),
-          m_eService(eService) {}
+                   CXmlObjectMulti* pclObjet, bool bReference);
     ~COperationBase() override;
 
     // The feed of the container ("alternate" link), the entry's own "edit" link.
@@ -58,6 +57,9 @@ protected:
     CXmlObjectMulti* m_pclConteneur;
     eSERVICESGOOGLE m_eService;
     IUpdateOperation* m_piRemplacant = nullptr;
+
+private:
+    bool m_bReference;
 };
 
 // An entry added to its container's feed; the entry holds a reference unless it is the
@@ -68,11 +70,7 @@ public:
     IUpdateOperation* vpclCopie(CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet) override;
 
 protected:
-    ~CAjout() override;
     void _vDoOperation(CGoogleConnexion* pclConnexion, IVM* piVM, CXError* pclErreur) override;
-
-private:
-    bool m_bReference;
 };
 
 // A root entry posted to the feed URL its class gives.
@@ -92,7 +90,7 @@ private:
 class CModif final : public COperationBase {
 public:
     CModif(eSERVICESGOOGLE eService, CXmlObjectMulti* pclObjet)
-        : COperationBase(UPDATEOPS_MODIF, eService, pclObjet, pclObjet) {}
+        : COperationBase(UPDATEOPS_MODIF, eService, pclObjet, pclObjet, false) {}
     IUpdateOperation* vpclCopie(CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet) override;
 
 protected:
@@ -101,7 +99,8 @@ protected:
 
 class CSuppr final : public COperationBase {
 public:
-    CSuppr(eSERVICESGOOGLE eService, CXmlObjectMulti* pclObjet);
+    CSuppr(eSERVICESGOOGLE eService, CXmlObjectMulti* pclObjet)
+        : COperationBase(UPDATEOPS_SUPPR, eService, pclObjet, pclObjet, true) {}
     IUpdateOperation* vpclCopie(CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet) override;
     bool vbRecursif() override { return false; }
     // A header sent with the deletion, such as "If-Match: *" for a photo.
@@ -111,7 +110,6 @@ public:
     }
 
 protected:
-    ~CSuppr() override;
     void _vDoOperation(CGoogleConnexion* pclConnexion, IVM* piVM, CXError* pclErreur) override;
 
 private:

@@ -2,7 +2,7 @@
 
 #include "xmlobject/Feuilles.h"
 #include "xmlobject/Visiteur.h"
-#include "xmlobject/XmlObjectSimpleConv.h"
+#include "foundation/LooseCompare.h"
 
 namespace FctFind {
 
@@ -15,7 +15,8 @@ bool Texte::operator()(CXmlObject* pclObjet) {
         pclMembre->vAccepte(&clVisiteur);
     if (!clVisiteur.pXmlObject_Texte)
         return false;
-    return bEgalSoupleSansEspaces(clVisiteur.pXmlObject_Texte->GetValeur().pszGet(), m_pszValeur);
+    return STR_bEgalSoupleSansEspaces(clVisiteur.pXmlObject_Texte->GetValeur().sv(),
+                                      m_pszValeur ? m_pszValeur : L"");
 }
 
 } // namespace FctFind

@@ -19,6 +19,9 @@ XML_FEUILLE_DEFINE(TexteOnHref, CXmlObjectSimpleAttribut<CXYString<wchar_t>>("hr
 XML_ACCEPTE_DEFINE(TexteOnHref, )
 
 #define GGL_SCHEMA L"http://schemas.google.com/g/2005"
+namespace {
+constexpr size_t knLongueurSchema = sizeof(GGL_SCHEMA) / sizeof(wchar_t) - 1;
+}
 const wchar_t* const CConstante::s_TabConstantes[knNbConstantes] = {
     L"",
     GGL_SCHEMA L"#home",
@@ -48,11 +51,14 @@ bool CConstante::vbSet(const wchar_t* pszValeur, CXError& clErreur) {
         SetValeur(0);
         return true;
     }
-    for (int i = 0; i < knNbConstantes; ++i)
-        if (wcscasecmp(pszValeur, s_TabConstantes[i]) == 0) {
-            SetValeur(i);
-            return true;
-        }
+    // Every row but the empty one is the schema and a fragment: the schema is compared once.
+    if (wcsncmp(pszValeur, s_TabConstantes[1], knLongueurSchema) == 0 ||
+        wcsncasecmp(pszValeur, s_TabConstantes[1], knLongueurSchema) == 0)
+        for (int i = 1; i < knNbConstantes; ++i)
+            if (wcscasecmp(pszValeur + knLongueurSchema, s_TabConstantes[i] + knLongueurSchema) == 0) {
+                SetValeur(i);
+                return true;
+            }
     clErreur.SetUserError(&gstMyModuleInfo60, 600054);
     return false;
 }

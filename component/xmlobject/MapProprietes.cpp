@@ -22,9 +22,16 @@ uint32_t CMapProprietes::s_nHache(const char* psz) {
 }
 
 CXmlObjectListe* CMapProprietes::pclCherche(const char* pszNom) const {
-    if (m_tabSeaux.empty() || !pszNom)
+    if (!pszNom || m_tabCellules.empty())
         return nullptr;
     const uint32_t nHache = s_nHache(pszNom);
+    // The first table's few cells are searched in order, with no buckets to keep.
+    if (m_tabSeaux.empty()) {
+        for (const STCellule& st : m_tabCellules)
+            if (st.nHache == nHache && std::strcmp(st.pszCle, pszNom) == 0)
+                return st.pclListe;
+        return nullptr;
+    }
     for (int32_t i = m_tabSeaux[nHache % m_tabSeaux.size()]; i >= 0; i = m_tabCellules[i].nSuivante) {
         const STCellule& st = m_tabCellules[static_cast<size_t>(i)];
         if (st.nHache == nHache && std::strcmp(st.pszCle, pszNom) == 0)
@@ -48,15 +55,17 @@ void CMapProprietes::_Redimensionne(size_t nPalier) {
 
 bool CMapProprietes::bInsere(CXmlObjectListe* pclListe) {
     try {
-        if (m_tabSeaux.empty())
-            _Redimensionne(0);
-        else if (m_tabCellules.size() >= g__ToutPretToutChaud[m_nPalier] / 2) {
+        const char* pszCle = pclListe->pszGetNom();
+        const uint32_t nHache = s_nHache(pszCle);
+        if (m_tabSeaux.empty() && m_tabCellules.size() < g__ToutPretToutChaud[0] / 2) {
+            m_tabCellules.push_back({pszCle, pclListe, -1, nHache});
+            return true;
+        }
+        if (m_tabCellules.size() >= g__ToutPretToutChaud[m_nPalier] / 2) {
             if (m_nPalier + 1 >= std::size(g__ToutPretToutChaud))
                 return false;
             _Redimensionne(m_nPalier + 1);
         }
-        const char* pszCle = pclListe->pszGetNom();
-        const uint32_t nHache = s_nHache(pszCle);
         int32_t& nTete = m_tabSeaux[nHache % m_tabSeaux.size()];
         m_tabCellules.push_back({pszCle, pclListe, nTete, nHache});
         nTete = static_cast<int32_t>(m_tabCellules.size() - 1);
@@ -84,7 +93,7 @@ void CMapProprietes::Vide(int bGarde) {
     for (STCellule& st : m_tabCellules)
         st.pclListe->vRelease();
     m_tabCellules.clear();
-    if (bGarde) {
+    if (bGarde && !m_tabSeaux.empty()) {
         std::fill(m_tabSeaux.begin(), m_tabSeaux.end(), -1);
         return;
     }

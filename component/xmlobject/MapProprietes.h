@@ -25,6 +25,8 @@ public:
     // Takes over one reference on the list, under the list's own name; false when the memory
     // for it cannot be had (the reference is then the caller's still).
     bool bInsere(CXmlObjectListe* pclListe);
+    // Room for n names before the first growth.
+    void Reserve(size_t n) { m_tabCellules.reserve(n); }
     // Takes over one reference on the list, in place of the list of the same name (released),
     // or after the others when there is none.
     bool bRemplace(CXmlObjectListe* pclListe);

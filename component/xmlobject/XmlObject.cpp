@@ -2,6 +2,8 @@
 
 #include "XMLService.h"
 
+#include <cstdint>
+#include <cstring>
 #include <mutex>
 #include <string_view>
 #include <unordered_map>
@@ -20,6 +22,9 @@ CXmlObject::~CXmlObject() {
 }
 
 void CXmlObject::_Lie(INoeudXML* piNoeud) {
+    if (piNoeud == m_piNoeud)
+        return;
+    vAvantChangementNoeud();
     if (piNoeud)
         piNoeud->vAddRef();
     if (m_piNoeud)
@@ -30,16 +35,32 @@ void CXmlObject::_Lie(INoeudXML* piNoeud) {
 CXYString<char> czNomPartage(const char* pszNom) {
     if (!pszNom || !*pszNom)
         return {};
-    // The names are those of the static rows: a few dozen texts. A name beyond the cache's
-    // bound is simply copied.
+    // Names come from the static rows: a few dozen texts, each asked for by one pointer. A
+    // small cache of this thread answers by pointer, its text checked, since a pointer from
+    // elsewhere may later hold another text; the shared table answers the rest.
+    struct STCase {
+        const char* psz;
+        CXYString<char> cz;
+    };
+    thread_local STCase s_tabCache[64];
+    STCase& stCase = s_tabCache[(reinterpret_cast<uintptr_t>(pszNom) >> 3) % 64];
+    if (stCase.psz == pszNom && std::strcmp(stCase.cz.pszGet(), pszNom) == 0)
+        return stCase.cz;
     static std::mutex s_mutex;
     static std::unordered_map<std::string_view, CXYString<char>> s_cache;
-    std::lock_guard<std::mutex> verrou(s_mutex);
-    auto it = s_cache.find(pszNom);
-    if (it != s_cache.end())
-        return it->second;
-    CXYString<char> cz(pszNom);
-    if (s_cache.size() < 4096)
-        s_cache.emplace(cz.sv(), cz);
+    CXYString<char> cz;
+    {
+        std::lock_guard<std::mutex> verrou(s_mutex);
+        auto it = s_cache.find(pszNom);
+        if (it != s_cache.end()) {
+            cz = it->second;
+        } else {
+            cz = CXYString<char>(pszNom);
+            // A name beyond the bound is simply copied.
+            if (s_cache.size() < 4096)
+                s_cache.emplace(cz.sv(), cz);
+        }
+    }
+    stCase = {pszNom, cz};
     return cz;
 }

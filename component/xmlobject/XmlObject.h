@@ -78,6 +78,8 @@ protected:
                const char* pszNom, long nRefInitial = 1);
     ~CXmlObject() override;
 
+    // Called before the object's node is replaced or dropped.
+    virtual void vAvantChangementNoeud() {}
     // Binds the object to piNoeud: a reference is taken, the former node released.
     void _Lie(INoeudXML* piNoeud);
     void _Delie() { _Lie(nullptr); }

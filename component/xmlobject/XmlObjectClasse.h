@@ -60,3 +60,9 @@
         pcl->_CopieDe(*this);                                                                      \
         return pcl;                                                                                \
     }
+
+// A class with no field in CVisiteur, such as a table written for a test: a visit finds
+// nothing.
+#define XML_OBJET_DEFINE_SANS_VISITE(C, Base)                                                      \
+    XML_OBJET_DEFINE(C, Base)                                                                      \
+    void C::vAccepte(CVisiteur*) {}

@@ -4,7 +4,8 @@
 #pragma once
 #include "xmlobject/XmlObject.h"
 
-#include <vector>
+#include <cstddef>
+#include <cstdint>
 
 namespace FctFind {
 class IFinder;
@@ -32,22 +33,24 @@ public:
 
     const char* pszGetNom() const { return m_czNom.pszGet(); }
     const CXYString<char>& czGetNom() const { return m_czNom; }
-    int nGetNbElement() const { return static_cast<int>(m_tab.size()); }
+    int nGetNbElement() const { return static_cast<int>(m_nNb); }
     // Null out of range.
     CXmlObject* pclGetElement(int i) const {
-        return i >= 0 && i < nGetNbElement() ? m_tab[static_cast<size_t>(i)] : nullptr;
+        return i >= 0 && i < nGetNbElement() ? pDebut()[i] : nullptr;
     }
     // Take over the caller's reference.
     void Ajoute(CXmlObject* pclFils);
     void Insere(int i, CXmlObject* pclFils);
     void Deplace(int nDepuis, int nVers);
-    void Reserve(size_t n) { m_tab.reserve(n); }
+    void Reserve(size_t n);
     // Release the children.
     void SupprimeTout();
     void Supprime(int i);
     // The child at that occurrence among those the finder accepts, 0 the first; null when
     // there is none or no finder.
     CXmlObject* pclFind(FctFind::IFinder* pclFinder, unsigned nOccurrence) const;
+    CXmlObject* const* begin() const { return pDebut(); }
+    CXmlObject* const* end() const { return pFin(); }
     // The index of the child, -1 when it is not in the list.
     int nCompareXmlObjectPtr(const CXmlObject* pclFils) const;
 
@@ -59,6 +62,16 @@ private:
     // the parent's node itself for an attribute), removed again when the child fails.
     bool __bCreateXmlPourFils(CXmlObject* pclFils, INoeudXML* piNoeud, int bLie, CXError& clErreur);
 
+    // Most lists hold one member: it stands in the list itself, and more go to the heap.
+    CXmlObject* const* pDebut() const { return m_nCapacite == 1 ? &m_pclUn : m_ptab; }
+    CXmlObject** pDebut() { return m_nCapacite == 1 ? &m_pclUn : m_ptab; }
+    CXmlObject* const* pFin() const { return pDebut() + m_nNb; }
+
     CXYString<char> m_czNom;
-    std::vector<CXmlObject*> m_tab;
+    union {
+        CXmlObject* m_pclUn = nullptr;
+        CXmlObject** m_ptab;
+    };
+    uint32_t m_nNb = 0;
+    uint32_t m_nCapacite = 1;
 };

@@ -1,5 +1,7 @@
 #include "xmlobject/XmlObjectMulti.h"
 
+#include "xmlobject/LectureAttributs.h"
+
 #include "XMLService.h"
 
 #include <strings.h>
@@ -45,18 +47,7 @@ void CXmlObjectMulti::vInit(CXError&) {
         return;
     // Attributes first, then the child elements in document order; what has no row stays in
     // the retained XML untouched.
-    for (int i = 0;; ++i) {
-        INoeudXML* piAttribut = piNoeud->piGetAttribut(i);
-        if (!piAttribut)
-            break;
-        INamespaceXML* piNamespace;
-        const char* pszPrefixe = pszPrefixeDe(piAttribut, piNamespace);
-        if (const stXmlPropriete* pst = _pclFindInDescription(pszPrefixe, piAttribut->pszGetNom()))
-            _vAjoutePropriete(pst->pszNom, pst->pfnCreation(piNoeud, pst->eType, this, pst->pszNom));
-        if (piNamespace)
-            piNamespace->vRelease();
-        piAttribut->vRelease();
-    }
+    _LitAttributs(piNoeud);
     for (int i = 0;; ++i) {
         INoeudXML* piEnfant = piNoeud->piGetEnfant(i);
         if (!piEnfant)
@@ -74,7 +65,26 @@ void CXmlObjectMulti::vInit(CXError&) {
     }
 }
 
+void CXmlObjectMulti::_LitAttributs(INoeudXML* piNoeud) {
+    CLectureAttributs clLecture(piNoeud);
+    for (int i = 0;; ++i) {
+        INoeudXML* piAttribut = piNoeud->piGetAttribut(i);
+        if (!piAttribut)
+            break;
+        INamespaceXML* piNamespace;
+        const char* pszPrefixe = pszPrefixeDe(piAttribut, piNamespace);
+        if (const stXmlPropriete* pst = _pclFindInDescription(pszPrefixe, piAttribut->pszGetNom()))
+            _vAjoutePropriete(pst->pszNom, pst->pfnCreation(piNoeud, pst->eType, this, pst->pszNom));
+        if (piNamespace)
+            piNamespace->vRelease();
+        piAttribut->vRelease();
+    }
+}
+
 CXmlObjectListe* CXmlObjectMulti::pclCreateListe(const char* pszNom) {
+    // Names come from the rows: the first one makes room for as many as the table has.
+    if (m_mapProprietes.bEstVide())
+        m_mapProprietes.Reserve(m_nNbDescription < 8 ? m_nNbDescription : 8);
     auto* pclListe = new CXmlObjectListe(pszNom);
     pclListe->vAddRef();
     if (!m_mapProprietes.bInsere(pclListe)) {

@@ -76,6 +76,8 @@ protected:
     virtual CXmlObject* _vpclAjouteNouveau(const char* pszNom);
 
 private:
+    void _LitAttributs(INoeudXML* piNoeud);
+
     // Destroyed in reverse: the queue first, then the map.
     CMapProprietes m_mapProprietes;
     const stXmlPropriete* m_pstDescription;

@@ -1,8 +1,13 @@
 #include "xmlobject/XmlObjectSimple.h"
 
+#include "xmlobject/LectureAttributs.h"
+
 #include "KVResult.h"
 #include "Utf8.h"
 #include "XMLService.h"
+
+#include <string>
+#include <string_view>
 
 namespace {
 
@@ -11,45 +16,102 @@ bool bPorteTexte(INoeudXML* pi) {
     return e == NOEUDXML_ATTRIBUT || e == NOEUDXML_TEXTE;
 }
 
-CXYString<wchar_t> sVersWide(const CXYString<char>& cz) {
-    CXYString<wchar_t> s;
-    KVUtf8::nVersWide(cz.sv(), s);
-    return s;
-}
+// A UTF-8 text as wide text: short ASCII texts, most of a feed's, in place; others converted.
+class CTexteWide {
+public:
+    explicit CTexteWide(const char* psz) {
+        size_t n = 0;
+        for (; psz[n] && n < knCourt; ++n) {
+            if (static_cast<unsigned char>(psz[n]) >= 0x80)
+                break;
+            m_sz[n] = static_cast<unsigned char>(psz[n]);
+        }
+        if (!psz[n]) {
+            m_sz[n] = 0;
+            m_sv = {m_sz, n};
+        } else {
+            m_s = KVUtf8::VersWide(psz);
+            m_sv = m_s;
+        }
+    }
+    const wchar_t* pszGet() const { return m_sv.data(); }
+    std::wstring_view sv() const { return m_sv; }
+
+private:
+    static constexpr size_t knCourt = 127;
+    wchar_t m_sz[knCourt + 1];
+    std::wstring m_s;
+    std::wstring_view m_sv;
+};
+
+// The leaf's text in the XML, with what holds it alive for as long as it is used.
+class CContenu {
+public:
+    template <class L> explicit CContenu(L& clFeuille) : m_psz(clFeuille._vpszContenu(m_piGarde)) {}
+    ~CContenu() {
+        if (m_piGarde)
+            m_piGarde->vRelease();
+    }
+    CContenu(const CContenu&) = delete;
+    CContenu& operator=(const CContenu&) = delete;
+    const char* pszGet() const { return m_psz; }
+
+private:
+    INoeudXML* m_piGarde = nullptr;
+    const char* m_psz;
+};
 
 } // namespace
 
-template <class T> CXYString<char> CXmlObjectSimple<T>::czGetXmlContent() {
+template <class T> const char* CXmlObjectSimple<T>::_vpszContenu(INoeudXML*& piGarde) {
     INoeudXML* piNoeud = piGetNoeud();
     if (!piNoeud)
-        return {};
+        return "";
     if (bPorteTexte(piNoeud))
         return piNoeud->pszGetValeur();
     if (piNoeud->eGetGenre() != NOEUDXML_ELEMENT)
-        return {};
+        return "";
     if (eGetType() == XML_ATTRIBUT)
-        return piNoeud->pszGetAttribut(czGetNom().pszGet());
+        return CLectureAttributs::s_pszValeur(piNoeud, czGetNom().pszGet());
     if (eGetType() == XML_ELEMENT) {
         // Only the first child is looked at: text after a comment or an element is not seen.
         if (INoeudXML* piEnfant = piNoeud->piGetEnfant(0)) {
-            CXYString<char> cz;
-            bool bTexte = bPorteTexte(piEnfant);
-            if (bTexte)
-                cz = piEnfant->pszGetValeur();
+            if (bPorteTexte(piEnfant)) {
+                piGarde = piEnfant;
+                return piEnfant->pszGetValeur();
+            }
             piEnfant->vRelease();
-            if (bTexte)
-                return cz;
         }
     }
     return piNoeud->pszGetValeur();
 }
 
+template <class T> CXYString<char> CXmlObjectSimple<T>::czGetXmlContent() {
+    CContenu clContenu(*this);
+    return clContenu.pszGet();
+}
+
 template <class T> void CXmlObjectSimple<T>::vInit(CXError& clErreur) {
-    // A leaf that was read is set, even when the node held nothing.
-    vbSet(sVersWide(czGetXmlContent()).pszGet(), clErreur);
+    // A leaf that was read is set, even when the node held nothing; a text converts later.
+    if (kbParesseux && piGetNoeud()) {
+        m_bEnAttente = true;
+        m_bRenseigne = 1;
+        return;
+    }
+    CContenu clContenu(*this);
+    vbSet(CTexteWide(clContenu.pszGet()).pszGet(), clErreur);
+}
+
+template <class T> void CXmlObjectSimple<T>::_Materialise() const {
+    if (!m_bEnAttente)
+        return;
+    m_bEnAttente = false;
+    CContenu clContenu(*const_cast<CXmlObjectSimple*>(this));
+    CXmlObjectSimpleConv::s_bConvertToType(CTexteWide(clContenu.pszGet()).pszGet(), m_Valeur);
 }
 
 template <class T> bool CXmlObjectSimple<T>::vbSet(const wchar_t* pszValeur, CXError&) {
+    m_bEnAttente = false;
     if (!CXmlObjectSimpleConv::s_bConvertToType(pszValeur ? pszValeur : L"", m_Valeur))
         return false;
     m_bRenseigne = 1;
@@ -57,7 +119,7 @@ template <class T> bool CXmlObjectSimple<T>::vbSet(const wchar_t* pszValeur, CXE
 }
 
 template <class T> bool CXmlObjectSimple<T>::vbGet(CXYString<wchar_t>& sValeur, CXError& clErreur) const {
-    return CXmlObjectSimpleConv::s_bConvertFromType(m_Valeur, sValeur, clErreur);
+    return CXmlObjectSimpleConv::s_bConvertFromType(GetValeur(), sValeur, clErreur);
 }
 
 template <class T> bool CXmlObjectSimple<T>::_bSetNodeText(const CXYString<wchar_t>& sTexte) {
@@ -72,13 +134,17 @@ template <class T> bool CXmlObjectSimple<T>::_bSetNodeText(const CXYString<wchar
 }
 
 template <class T> bool CXmlObjectSimple<T>::vbApplyToXml(CXError& clErreur) {
-    if (vbIsNouvelObjet())
+    // A text still pending is the node's own: nothing changed.
+    if (vbIsNouvelObjet() || m_bEnAttente)
         return false;
     CXYString<wchar_t> sTexte;
     if (!vbGet(sTexte, clErreur))
         return false;
-    if (sTexte == sVersWide(czGetXmlContent()))
-        return false;
+    {
+        CContenu clContenu(*this);
+        if (sTexte.sv() == CTexteWide(clContenu.pszGet()).sv())
+            return false;
+    }
     return _bSetNodeText(sTexte);
 }
 
@@ -99,6 +165,7 @@ template <class T> bool CXmlObjectSimple<T>::vbCreateXml(INoeudXML* piNoeud, int
 }
 
 template <class T> void CXmlObjectSimple<T>::_vRAZ(CCtxInfo*, CXError*) {
+    m_bEnAttente = false;
     m_Valeur = T{};
     m_bRenseigne = 1;
 }
@@ -109,9 +176,9 @@ template class CXmlObjectSimple<long>;
 template class CXmlObjectSimple<double>;
 template class CXmlObjectSimple<CDateTimeRFC3339>;
 
-template <class T> CXYString<char> CXmlObjectSimpleAttribut<T>::czGetXmlContent() {
+template <class T> const char* CXmlObjectSimpleAttribut<T>::_vpszContenu(INoeudXML*&) {
     INoeudXML* piNoeud = this->piGetNoeud();
-    return piNoeud ? CXYString<char>(piNoeud->pszGetAttribut(m_czAttribut.pszGet())) : CXYString<char>();
+    return piNoeud ? piNoeud->pszGetAttribut(m_czAttribut.pszGet()) : "";
 }
 
 template <class T>

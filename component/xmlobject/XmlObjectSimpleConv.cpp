@@ -10,15 +10,6 @@
 
 namespace {
 
-std::wstring_view svSansEspaces(const wchar_t* psz) {
-    std::wstring_view sv(psz ? psz : L"");
-    while (!sv.empty() && sv.front() == L' ')
-        sv.remove_prefix(1);
-    while (!sv.empty() && sv.back() == L' ')
-        sv.remove_suffix(1);
-    return sv;
-}
-
 bool bEcrit(CXYString<wchar_t>& s, const wchar_t* pszFormat, ...) {
     wchar_t sz[512];
     va_list args;
@@ -30,16 +21,6 @@ bool bEcrit(CXYString<wchar_t>& s, const wchar_t* pszFormat, ...) {
 
 } // namespace
 
-bool bEgalSoupleSansEspaces(const wchar_t* psz1, const wchar_t* psz2) {
-    std::wstring_view sv1 = svSansEspaces(psz1), sv2 = svSansEspaces(psz2);
-    if (sv1.size() != sv2.size())
-        return false;
-    for (size_t i = 0; i < sv1.size(); ++i)
-        if (STR_nCompareCharSoupleW(sv1[i], sv2[i]) != 0)
-            return false;
-    return true;
-}
-
 bool CXmlObjectSimpleConv::s_bConvertToType(const wchar_t* psz, CXYString<wchar_t>& s) {
     if (!psz)
         return false;
@@ -49,9 +30,9 @@ bool CXmlObjectSimpleConv::s_bConvertToType(const wchar_t* psz, CXYString<wchar_
 bool CXmlObjectSimpleConv::s_bConvertToType(const wchar_t* psz, int& n) {
     // "true" and "false" in any case and with spaces around; anything else by the number path,
     // where text that is no number gives 0.
-    if (bEgalSoupleSansEspaces(psz, L"true"))
+    if (STR_bEgalSoupleSansEspaces(psz ? psz : L"", L"true"))
         n = 1;
-    else if (bEgalSoupleSansEspaces(psz, L"false"))
+    else if (STR_bEgalSoupleSansEspaces(psz ? psz : L"", L"false"))
         n = 0;
     else
         n = static_cast<int>(psz ? std::wcstol(psz, nullptr, 10) : 0);

@@ -42,7 +42,3 @@ public:
     static bool s_bConvertFromType(const CDureeMinutes& cl, CXYString<wchar_t>& s, CXError&);
     static bool s_bConvertFromType(const CBooleenLiteral& cl, CXYString<wchar_t>& s, CXError&);
 };
-
-// Both texts with spaces (code 32 only) taken off their ends, compared character by character
-// with the host's loose comparison; the lengths must agree. Two empty texts are equal.
-bool bEgalSoupleSansEspaces(const wchar_t* psz1, const wchar_t* psz2);

@@ -2,8 +2,6 @@
 // its refusals, the CR LF text of a list both ways, an image file as bytes.
 #include "XmlEssai.h"
 
-#include "../support/VMEnregistreur.h"
-
 #include "xmlobject/Author.h"
 
 #include "frame/ModuleInfo.h"

@@ -1,7 +1,6 @@
 // The update queue on the wire: the verbs, addresses, headers and bodies each operation sends
 // through the connection to a recording HTTP service, the errors each status gives, and what
 // stays queued after a failure.
-#include "../connection/FauxHote.h"
 #include "XmlEssai.h"
 
 #include "connection/GoogleConnexion.h"
@@ -10,33 +9,20 @@
 
 namespace {
 
-using namespace fauxhote;
-
 const char ksEdit[] = "<link rel=\"edit\" href=\"https://feeds.test/e/1\"/>";
 const std::string ksReponseEntree =
     "<entry xmlns=\"http://www.w3.org/2005/Atom\"><id>urn:new</id>"
     "<link rel=\"edit\" href=\"https://feeds.test/e/new\"/></entry>";
 
-std::wstring Entete(const STRequeteVue& st, const wchar_t* pszNom) {
-    for (const auto& [sNom, sValeur] : st.tabEntetes)
-        if (sNom == pszNom)
-            return sValeur;
-    return L"(absent)";
-}
-
 class FileEssai : public XmlEssai {
 protected:
     void SetUp() override {
         XmlEssai::SetUp();
-        m_piLibShopAvant = CInformationDLL::ms_piLibShop;
-        CInformationDLL::ms_piLibShop = &m_clLibShop;
         m_clConnexion = CRef<CGoogleConnexion>::Retain(CGoogleConnexion::s_pclCreeObjet(nullptr, nullptr));
         m_clConnexion->tabGetToken()[SERVICEGOOGLE_CONTACT].m_sAccessToken = L"ya29.t";
     }
     void TearDown() override {
         m_clConnexion = {};
-        CComposanteGGL().TermCompo();
-        CInformationDLL::ms_piLibShop = m_piLibShopAvant;
         XmlEssai::TearDown();
     }
     void Repond(int nStatut, std::string sCorps = {}) {
@@ -45,12 +31,10 @@ protected:
     const std::vector<STRequeteVue>& Vues() { return m_clLibShop.m_clHTTP.m_tabVues; }
     void Execute(CUpdatesManager& clFile) { clFile.doOperations(m_clConnexion.pGet(), &m_clVM, &m_clErreur); }
 
-    CFauxLibShop m_clLibShop;
-    CFauxVM m_clVM;
+    CVMEnregistreur m_clVM;
     CXError m_clErreur{&gstMyModuleInfo60};
     CCtxInfo m_clCtx{nullptr, nullptr, &m_clVM};
     CRef<CGoogleConnexion> m_clConnexion;
-    ILibShop* m_piLibShopAvant = nullptr;
 };
 
 CXmlObjectMulti* Multi(const CRef<CXmlObject>& cl) { return cl->vpclGetXmlObjectMulti(); }
@@ -96,8 +80,8 @@ TEST_P(Fil, RequeteEtResultat) {
     const STRequeteVue& stVue = Vues()[0];
     EXPECT_EQ(stVue.nMethode, st.nMethode);
     EXPECT_EQ(stVue.sURL, st.pszURL);
-    EXPECT_EQ(Entete(stVue, L"If-Match"), st.pszIfMatch);
-    EXPECT_EQ(Entete(stVue, L"Authorization"), L"Bearer ya29.t");
+    EXPECT_EQ(stVue.sEntete(L"If-Match"), st.pszIfMatch);
+    EXPECT_EQ(stVue.sEntete(L"Authorization"), L"Bearer ya29.t");
     EXPECT_EQ(m_clErreur.bEstPropre() ? 0u : m_clErreur.nGetUserErrorCode(), st.nErreur);
     EXPECT_EQ(Multi(cl)->clGetUpdates().nGetNbOperation(), st.nResteEnFile);
     if (st.nMethode == 4) {

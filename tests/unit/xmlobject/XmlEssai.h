@@ -1,5 +1,6 @@
-// What the XML object tests share: the host's real XML service behind the component, a small
-// entry class with its own table (not a connector's), and XML text in and out.
+// What the XML object tests share: the test host's registry, which hands the component the
+// host's real XML service and the HTTP double, a small entry class with its own table (not a
+// connector's), and XML text in and out.
 #pragma once
 #include "frame/ComposanteGGL.h"
 #include "xmlobject/Email.h"
@@ -8,8 +9,9 @@
 
 #include "connection/ServicesGoogle.h"
 
+#include "HoteEssai.h"
+
 #include "Any.h"
-#include "HostXMLService.h"
 #include "Ref.h"
 #include "XMLService.h"
 
@@ -44,14 +46,12 @@ public:
 #ifdef XML_ESSAI_DEFINITIONS
 const stXmlPropriete CNicheEssai::s_m_stTabXmlDescription__[] = {
     XML_ROW("value", XmlObject::Texte, XML_ATTRIBUT) XML_ROW("note", XmlObject::Texte, XML_ELEMENT)};
-XML_OBJET_DEFINE(CNicheEssai, CXmlObjectMulti)
-void CNicheEssai::vAccepte(CVisiteur*) {}
+XML_OBJET_DEFINE_SANS_VISITE(CNicheEssai, CXmlObjectMulti)
 
 const stXmlPropriete CSousEntreeEssai::s_m_stTabXmlDescription__[] = {
     XML_ROW("id", XmlObject::Texte, XML_ELEMENT) XML_ROW("link", Ggl::CLink, XML_ELEMENT)
         XML_ROW("title", Ggl::CTitre, XML_ELEMENT)};
-XML_OBJET_DEFINE(CSousEntreeEssai, CXmlObjectAutonome)
-void CSousEntreeEssai::vAccepte(CVisiteur*) {}
+XML_OBJET_DEFINE_SANS_VISITE(CSousEntreeEssai, CXmlObjectAutonome)
 
 const stXmlPropriete CEntreeEssai::s_m_stTabXmlDescription__[] = {
     XML_ROW("id", XmlObject::Texte, XML_ELEMENT)
@@ -64,36 +64,33 @@ const stXmlPropriete CEntreeEssai::s_m_stTabXmlDescription__[] = {
     XML_ROW("gContact:groupMembershipInfo", Ggl::TexteOnHref, XML_ELEMENT)
     XML_ROW("item", CNicheEssai, XML_ELEMENT)
     XML_ROW("entry", CSousEntreeEssai, XML_ELEMENT)};
-XML_OBJET_DEFINE(CEntreeEssai, CXmlObjectAutonomeRacine)
-void CEntreeEssai::vAccepte(CVisiteur*) {}
+XML_OBJET_DEFINE_SANS_VISITE(CEntreeEssai, CXmlObjectAutonomeRacine)
 #endif
 
-// The host's XML service for the component while a test runs.
+// The test host's registry behind the component while a test runs.
 class XmlEssai : public testing::Test {
 protected:
     void SetUp() override {
-        m_clService = CRef<CHostXMLService>::Adopt(new CHostXMLService());
-        m_clService->vAddRef();
-        CComposanteGGL::ms_piGestionXML = m_clService.pGet();
+        m_piLibShopAvant = CInformationDLL::ms_piLibShop;
+        CInformationDLL::ms_piLibShop = &m_clLibShop;
     }
     void TearDown() override {
-        if (CComposanteGGL::ms_piGestionXML)
-            CComposanteGGL::ms_piGestionXML->vRelease();
-        CComposanteGGL::ms_piGestionXML = nullptr;
+        CComposanteGGL().TermCompo(); // gives the shared services back
+        CInformationDLL::ms_piLibShop = m_piLibShopAvant;
     }
 
     // The root element of the text.
-    static CRef<INoeudXML> Racine(const std::string& sXml) {
+    CRef<INoeudXML> Racine(const std::string& sXml) {
         CAny clTexte;
         clTexte.SetStringA(sXml.c_str(), static_cast<int>(sXml.size()));
         CXError clErreur;
-        auto clDoc = CRef<IDocumentXML>::Adopt(CComposanteGGL::ms_piGestionXML->vpiAnalyse(clTexte, &clErreur));
+        auto clDoc = CRef<IDocumentXML>::Adopt(m_clLibShop.m_clXML->vpiAnalyse(clTexte, &clErreur));
         EXPECT_TRUE(clDoc) << sXml;
         return clDoc ? CRef<INoeudXML>::Adopt(clDoc->piGetRacine(0)) : CRef<INoeudXML>();
     }
     // An entry read from "<entry ...>" + sCorps + "</entry>", with the feed namespaces.
     template <class T = CEntreeEssai>
-    static CRef<CXmlObject> Lit(const std::string& sCorps, const std::string& sAttributs = "") {
+    CRef<CXmlObject> Lit(const std::string& sCorps, const std::string& sAttributs = "") {
         auto clNoeud = Racine(std::string("<entry xmlns=\"http://www.w3.org/2005/Atom\" "
                                           "xmlns:gd=\"http://schemas.google.com/g/2005\" "
                                           "xmlns:gContact=\"http://schemas.google.com/contact/2008\"") +
@@ -115,5 +112,6 @@ protected:
         return Texte(piRacine);
     }
 
-    CRef<CHostXMLService> m_clService;
+    CLibShopEssai m_clLibShop;
+    ILibShop* m_piLibShopAvant = nullptr;
 };

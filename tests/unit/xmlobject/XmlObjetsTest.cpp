@@ -208,4 +208,23 @@ TEST_F(XmlEssai, AjoutsEtSuppressionsEnFile) {
     Multi(cl)->clGetUpdates().ClearOps(); // the deletion holds the entry
 }
 
+// Hostile input loads faithfully: many siblings of one name, many attributes landing on one
+// row (each looked up once, not once per attribute), a large text, bytes that are not UTF-8,
+// unknown namespaces.
+TEST_F(XmlEssai, EntreesHostiles) {
+    std::string sLiens, sAttributs;
+    for (int i = 0; i < 100000; ++i)
+        sLiens += "<link/>";
+    for (int i = 0; i < 20000; ++i)
+        sAttributs += " p" + std::to_string(i) + ":flag=\"true\"";
+    auto cl = Lit(sLiens + "<id>" + std::string(10 << 20, 'x') + "</id><title>\xFF\xFE</title>"
+                  "<u:id xmlns:u=\"urn:unknown\">2</u:id>", sAttributs);
+    EXPECT_EQ(Nb(cl, "link"), 100000);
+    EXPECT_EQ(Nb(cl, "flag"), 20000);
+    EXPECT_EQ(Nb(cl, "id"), 2);
+    EXPECT_EQ(Valeur(Multi(cl)->pclGetPropriete("id", 0)).size(), 10u << 20);
+    EXPECT_EQ(Nb(cl, "title"), 1);
+    EXPECT_FALSE(CComposanteGGL::s_piGetXMLDoc(L"<entry><id></entry>")) << "not XML: refused by the service";
+}
+
 } // namespace
