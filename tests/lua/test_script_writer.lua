@@ -66,3 +66,8 @@ T.eq(bare.RefreshTokens, nil, "the refresh tokens, left out")
 T.eq(bare.ClientID .. " " .. bare.Email, "id-1 anne@example.com", "the rest kept")
 T.raises("bad argument #2 to 'serialize' (table of options expected, got boolean)",
          kvggl.serialize, c, false)
+
+-- Nesting past the reader's limit is refused whole, inside an object or an array.
+for _, ends in ipairs({{'{"a":', "}"}, {"[", "]"}}) do
+    T.raises("nested more than 200 levels", json.decode, ends[1]:rep(250) .. "1" .. ends[2]:rep(250))
+end
