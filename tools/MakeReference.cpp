@@ -167,6 +167,14 @@ std::string TypeName(std::string_view sv) {
     return s == "datetime_p" ? "datetime" : s;
 }
 
+// The script types of objects, as TypeName gives them.
+std::set<std::string> gsetTypeNames = [] {
+    std::set<std::string> set;
+    for (const auto& st : gtabTypeRef)
+        set.insert(std::string(st.svName));
+    return set;
+}();
+
 std::string_view Message(unsigned n) {
     for (const auto& st : gtabMessage)
         if (st.nNumber == n)
@@ -284,11 +292,25 @@ void Read() {
             break;
         }
     }
+    // A documented function names the parameters of every syntax, but for those that stay
+    // without a handler, and but for a function that serves several kinds of objects
+    // (GglEcrit, GglSupprime): each service names the syntaxes of its objects as it lands.
     for (const auto& [sName, f] : gmapFunctions) {
         if (f.sPage.empty())
             continue;
+        std::set<std::string> setObjects;
+        bool bObjects = true;
+        for (const STSyntax& s : f.tabSyntaxes) {
+            if (s.eKind == KIND_NONE)
+                continue;
+            bObjects &= s.tabTypes.size() >= 2 && gsetTypeNames.count(s.tabTypes[1]) > 0;
+            if (s.tabTypes.size() >= 2)
+                setObjects.insert(s.tabTypes[1]);
+        }
+        bool bShared = bObjects && setObjects.size() > 1;
         for (size_t k = 0; k < f.tabSyntaxes.size(); ++k)
-            if (f.tabSyntaxes[k].eKind != KIND_NONE && f.tabSyntaxes[k].tabNames.empty())
+            if (f.tabSyntaxes[k].eKind != KIND_NONE && f.tabSyntaxes[k].tabNames.empty() &&
+                !bShared)
                 Fault(sName + ": syntax " + std::to_string(k) + " has no KLL_REF_SYNTAX row");
     }
 }
