@@ -52,6 +52,12 @@ const STFunctionRow gtabFunction[] = {
 #include "frame/Functions.def"
 };
 
+const int gtabConstant[] = {
+#define KLL_CONSTANT_INT(n, Nom, v) n,
+#define KLL_CONSTANT_TEXT(n, Nom, psz) n,
+#include "frame/Constants.def"
+};
+
 struct STTypeRefRow {
     std::string_view svToken, svName;
 };
@@ -471,8 +477,15 @@ std::string Errors() {
 
 std::string Counts() {
     size_t nRows = sizeof(gtabFunction) / sizeof(gtabFunction[0]);
+    std::vector<std::string> tabAgain;
+    for (const auto& st : gtabFunction)
+        if (st.bAgain)
+            tabAgain.push_back("`" + std::string(st.svName) + "`");
     std::ostringstream o;
-    o << nRows << " function rows (" << gmapFunctions.size() << " names), "
+    o << nRows << " function rows for " << gmapFunctions.size() << " names (registered twice: ";
+    for (size_t i = 0; i < tabAgain.size(); ++i)
+        o << (i == 0 ? "" : i + 1 == tabAgain.size() ? " and " : ", ") << tabAgain[i];
+    o << "), " << sizeof(gtabConstant) / sizeof(gtabConstant[0]) << " constants, "
       << sizeof(gtabClass) / sizeof(gtabClass[0]) << " types.\n";
     return o.str();
 }
