@@ -59,7 +59,8 @@ print(("   Valide %s, access token %s, answer of %d bytes"):format(
 -- 2. The token opens the provider's resources.
 print("2. /userinfo with the token")
 local info = get_with_token(USERINFO, token.Valeur)
-local email = info:match('"email":%s*"([^"]*)"')
+local profile = kvggl.json.decode(info)
+local email = type(profile) == "table" and profile.email
 if email then
     print("   signed in as " .. email)
 else

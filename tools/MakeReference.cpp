@@ -52,6 +52,12 @@ const STFunctionRow gtabFunction[] = {
 #include "frame/Functions.def"
 };
 
+const int gtabConstant[] = {
+#define KLL_CONSTANT_INT(n, Nom, v) n,
+#define KLL_CONSTANT_TEXT(n, Nom, psz) n,
+#include "frame/Constants.def"
+};
+
 struct STTypeRefRow {
     std::string_view svToken, svName;
 };
@@ -166,6 +172,14 @@ std::string TypeName(std::string_view sv) {
         c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
     return s == "datetime_p" ? "datetime" : s;
 }
+
+// The script types of objects, as TypeName gives them.
+std::set<std::string> gsetTypeNames = [] {
+    std::set<std::string> set;
+    for (const auto& st : gtabTypeRef)
+        set.insert(std::string(st.svName));
+    return set;
+}();
 
 std::string_view Message(unsigned n) {
     for (const auto& st : gtabMessage)
@@ -284,11 +298,25 @@ void Read() {
             break;
         }
     }
+    // A documented function names the parameters of every syntax, but for those that stay
+    // without a handler, and but for a function that serves several kinds of objects
+    // (GglEcrit, GglSupprime): each service names the syntaxes of its objects as it lands.
     for (const auto& [sName, f] : gmapFunctions) {
         if (f.sPage.empty())
             continue;
+        std::set<std::string> setObjects;
+        bool bObjects = true;
+        for (const STSyntax& s : f.tabSyntaxes) {
+            if (s.eKind == KIND_NONE)
+                continue;
+            bObjects &= s.tabTypes.size() >= 2 && gsetTypeNames.count(s.tabTypes[1]) > 0;
+            if (s.tabTypes.size() >= 2)
+                setObjects.insert(s.tabTypes[1]);
+        }
+        bool bShared = bObjects && setObjects.size() > 1;
         for (size_t k = 0; k < f.tabSyntaxes.size(); ++k)
-            if (f.tabSyntaxes[k].eKind != KIND_NONE && f.tabSyntaxes[k].tabNames.empty())
+            if (f.tabSyntaxes[k].eKind != KIND_NONE && f.tabSyntaxes[k].tabNames.empty() &&
+                !bShared)
                 Fault(sName + ": syntax " + std::to_string(k) + " has no KLL_REF_SYNTAX row");
     }
 }
@@ -449,8 +477,15 @@ std::string Errors() {
 
 std::string Counts() {
     size_t nRows = sizeof(gtabFunction) / sizeof(gtabFunction[0]);
+    std::vector<std::string> tabAgain;
+    for (const auto& st : gtabFunction)
+        if (st.bAgain)
+            tabAgain.push_back("`" + std::string(st.svName) + "`");
     std::ostringstream o;
-    o << nRows << " function rows (" << gmapFunctions.size() << " names), "
+    o << nRows << " function rows for " << gmapFunctions.size() << " names (registered twice: ";
+    for (size_t i = 0; i < tabAgain.size(); ++i)
+        o << (i == 0 ? "" : i + 1 == tabAgain.size() ? " and " : ", ") << tabAgain[i];
+    o << "), " << sizeof(gtabConstant) / sizeof(gtabConstant[0]) << " constants, "
       << sizeof(gtabClass) / sizeof(gtabClass[0]) << " types.\n";
     return o.str();
 }

@@ -49,8 +49,10 @@ public:
     eVISITEJSON veVisiteMembre(const CNomStandard& clNom, IElementJSON& clValeur) override {
         std::string s = KVUtf8::VersUtf8(clNom.sv());
         lua_pushlstring(m_L, s.data(), s.size());
-        if (!s_bPushNode(m_L, clValeur, m_nDepth + 1, m_sWhy))
+        if (!s_bPushNode(m_L, clValeur, m_nDepth + 1, m_sWhy)) {
+            lua_pop(m_L, 1); // the name
             return VISITE_ARRET;
+        }
         lua_rawset(m_L, -3);
         return VISITE_SUIVANT;
     }

@@ -136,7 +136,7 @@ public:
             const auto& stP = stC.tabProperties[p];
             bool bObjet = stP.bObject();
             if ((!bObjet && !stP.bSaved()) || stP.nType() == 30 || !stP.pfnGetter() ||
-                (!m_bSecrets && CObjectSerializer::s_bSecret(stP.sName)))
+                (!m_bSecrets && CObjectSerializer::s_bSecret(stC.sName, stP.sName)))
                 continue;
             STHostOutcome st;
             if (!m_clHost.bGet(piObjet, static_cast<int>(p), st))
@@ -407,11 +407,14 @@ private:
 
 } // namespace
 
-bool CObjectSerializer::s_bSecret(std::string_view svProperty) {
+bool CObjectSerializer::s_bSecret(std::string_view svType, std::string_view svProperty) {
     std::string s = CNameKey::s_sKey(svProperty);
     auto fnEnds = [&s](std::string_view sv) {
         return s.size() >= sv.size() && s.compare(s.size() - sv.size(), sv.size(), sv) == 0;
     };
+    // A token object's value is the token, and its saved form holds it too.
+    if (CNameKey::s_sKey(svType) == "authtoken")
+        return s == "valeur" || s == "__serialisation__";
     return fnEnds("secret") || fnEnds("token") || fnEnds("tokens") || fnEnds("password") ||
            fnEnds("motdepasse") || s == "idsession";
 }

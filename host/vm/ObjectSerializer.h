@@ -30,9 +30,10 @@ public:
 
     // The value of the outcome is the saved text. Without bSecrets, the secrets are left out.
     bool bSave(IObjetBase* piObjet, STHostOutcome& st, bool bSecrets = true);
-    // Whether a property holds a credential (a client secret, a password, tokens, a session):
-    // its name ends so. Left out of a save on request, since the saved text is plain.
-    static bool s_bSecret(std::string_view svProperty);
+    // Whether a property of a type holds a credential (a client secret, a password, tokens, a
+    // session): its name ends so, or it is the value or the saved form of an "AuthToken". Left
+    // out of a save on request, since the saved text is plain.
+    static bool s_bSecret(std::string_view svType, std::string_view svProperty);
     // The value of the outcome is the new object. svType may be empty: the saved type is used;
     // when given, it must name the saved type.
     bool bRebuild(std::string_view svType, std::string_view svSaved, STHostOutcome& st);

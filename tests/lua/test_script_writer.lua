@@ -64,5 +64,15 @@ assert(full.RefreshTokens:find("rt-1", 1, true), "the refresh tokens, saved")
 T.eq(bare.ClientSecret, nil, "the secret, left out")
 T.eq(bare.RefreshTokens, nil, "the refresh tokens, left out")
 T.eq(bare.ClientID .. " " .. bare.Email, "id-1 anne@example.com", "the rest kept")
+local token = kvggl.AuthToken()
+token.Valeur = "ya29.secret-token"
+assert(kvggl.check(kvggl.serialize(token)):find("ya29.secret-token", 1, true), "a token, saved")
+assert(not kvggl.check(kvggl.serialize(token, {secrets = false})):find("ya29", 1, true),
+       "a token, left out, its saved form too")
 T.raises("bad argument #2 to 'serialize' (table of options expected, got boolean)",
          kvggl.serialize, c, false)
+
+-- Nesting past the reader's limit is refused whole, inside an object or an array.
+for _, ends in ipairs({{'{"a":', "}"}, {"[", "]"}}) do
+    T.raises("nested more than 200 levels", json.decode, ends[1]:rep(250) .. "1" .. ends[2]:rep(250))
+end
