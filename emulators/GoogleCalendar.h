@@ -37,6 +37,7 @@ private:
     void ListEntries(const STRequest& req, const STGrant& g, STResponse& res) const;
     void GetEntry(std::string_view svId, const STGrant& g, STResponse& res);
     static CJsonValue s_Entry(const STSeedCalendar& c);
+    static CJsonValue s_Head(const STSeedCalendar& c, const char* pszKind);
     static CJsonValue s_Calendar(const STSeedCalendar& c);
     // The user's entry for a calendar id ("primary" naming the user's own), or null.
     STSeedCalendar* pEntry(std::string_view svId, const STGrant& g);

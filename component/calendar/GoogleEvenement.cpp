@@ -4,18 +4,13 @@
 #include "calendar/Where.h"
 #include "calendar/Who.h"
 #include "connection/GoogleConnexion.h"
-#include "connection/GoogleEndpoints.h"
 #include "connection/HTTPRequete.h"
-#include "connection/HTTPResponse.h"
-#include "frame/ComposanteGGL.h"
 #include "frame/EnumerateurDinoGgl.h"
 #include "frame/FctEntonnoir.h"
 #include "xmlobject/Author.h"
 
 #include "Any.h"
-#include "JSONService.h"
 #include "Ref.h"
-#include "Utf8.h"
 #include "VM.h"
 #include "XError.h"
 
@@ -302,48 +297,27 @@ CXYString<wchar_t> CGoogleEvenement::__czToJSON() const {
 
 void CGoogleEvenement::__GglAjouteModif(CGoogleConnexion& clConnexion, HTTPMethod eMethode,
                                         CCtxInfo* pclCtx, CXError* pclErreur) {
-    // An event of no calendar is not written.
+    // An event of no calendar is not written; the calendar's id goes as it stands.
     if (m_sIdAgenda.bVide()) return;
-    std::wstring sURL = gszGoogleAPI;
-    sURL += L"/calendar/v3/calendars/";
-    sURL += m_sIdAgenda.sv();
-    sURL += L"/events";
+    std::wstring sChemin = L"/calendar/v3/calendars/";
+    sChemin += m_sIdAgenda.sv();
+    sChemin += L"/events";
     if (eMethode == HTTPPATCH) {
-        sURL += L'/';
-        sURL += m_sIdentifiant.sv();
+        sChemin += L'/';
+        sChemin += m_sIdentifiant.sv();
     }
-    CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, sURL.c_str(), HTTPCT_TEXTE);
-    std::string sCorps = KVUtf8::VersUtf8(__czToJSON().sv());
-    clRequete.AjouteDonnees(reinterpret_cast<unsigned char*>(sCorps.data()),
-                            static_cast<unsigned long>(sCorps.size()));
-    clRequete.SetContentType(CHTTPRequete::s_pszGetMIMEType(HTTPCT_JSON));
-
-    IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
-    CHTTPResponse clReponse = clConnexion.clExecuteRequeteCOM(piVM, clRequete, eMethode, pclErreur);
-    if (!pclErreur->bEstPropre() || clReponse.eGetCodeRetour() != HTTPOK) {
-        _FormateErreurHTTP(clReponse, pclErreur);
-        return;
-    }
-    CXYString<char> sTexte;
-    if (!clReponse.bGetMessage(sTexte) || sTexte.bVide()) return;
-    m_eEtatObjet = ETAT_SYNCHRONISE;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pclErreur));
-    if (clRacine) clRacine->vAccepte(static_cast<CVisiteurJSONSetPropriete&>(*this));
+    _EcritJSON(clConnexion, eMethode, sChemin, __czToJSON(), pclCtx, pclErreur);
 }
 
 void CGoogleEvenement::__GglSupprime(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx,
                                      CXError* pclErreur) {
     if (m_sIdentifiant.bVide() || m_sIdAgenda.bVide()) return;
-    std::wstring sURL = gszGoogleAPI;
-    sURL += L"/calendar/v3/calendars/";
-    sURL += m_sIdAgenda.sv();
-    sURL += L"/events/";
-    sURL += m_sIdentifiant.sv();
-    CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, sURL.c_str(), HTTPCT_TEXTE);
+    std::wstring sChemin = L"/calendar/v3/calendars/";
+    sChemin += m_sIdAgenda.sv();
+    sChemin += L"/events/";
+    sChemin += m_sIdentifiant.sv();
     // The status is not read: only a transport failure reaches the caller.
-    (void)clConnexion.clExecuteRequeteCOM(CCtxInfo::s_piGetVM(pclCtx), clRequete, HTTPDELETE,
-                                          pclErreur);
-    m_eEtatObjet = ETAT_A_CREER;
+    _Supprime(clConnexion, sChemin, pclCtx, pclErreur);
     m_sIdentifiant.Vide();
 }
 
