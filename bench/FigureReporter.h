@@ -20,13 +20,18 @@ public:
     static bool s_bDeclare(const char* pszFigure, const char* pszNumerator,
                            const char* pszDenominator, eClock eWhich = CLOCK_PROCESSOR);
 
+    // A figure that is no ratio: one benchmark's best time in milliseconds, for what has no
+    // baseline of its own to be measured against.
+    static bool s_bDeclareMilliseconds(const char* pszFigure, const char* pszBenchmark,
+                                       eClock eWhich = CLOCK_WALL);
+
     void ReportRuns(const std::vector<Run>& tabRuns) override;
     // One line per declared figure whose two benchmarks ran; false when one did not.
     bool bPrintFigures(std::ostream& clOut) const;
 
 private:
     struct STFigure {
-        std::string sName, sNumerator, sDenominator;
+        std::string sName, sNumerator, sDenominator; // no denominator: milliseconds
         eClock eWhich;
     };
     static std::vector<STFigure>& s_rFigures();

@@ -334,12 +334,7 @@ CJsonValue CGoogleCalendar::s_Head(const STSeedCalendar& c, const char* pszKind)
 
 CJsonValue CGoogleCalendar::s_Calendar(const STSeedCalendar& c) {
     CJsonValue v = s_Head(c, "calendar#calendar");
-    CJsonValue conference = CJsonValue::s_Object();
-    conference.Set("allowedConferenceSolutionTypes",
-                   CJsonValue::s_Array().Push(CJsonValue::s_String("hangoutsMeet")));
-    v.Set("conferenceProperties", std::move(conference));
-    v.Set("etag", CJsonValue::s_String(CGoogleApis::s_sEtag(v.sSerialize())));
-    return v;
+    return s_Tail(std::move(v));
 }
 
 CJsonValue CGoogleCalendar::s_Entry(const STSeedCalendar& c) {
@@ -356,11 +351,16 @@ CJsonValue CGoogleCalendar::s_Entry(const STSeedCalendar& c) {
     v.Set("defaultReminders", CJsonValue::s_Array());
     if (c.bPrimary)
         v.Set("primary", CJsonValue::s_Bool(true));
+    return s_Tail(std::move(v));
+}
+
+// What ends both: the conference settings, then the tag, which covers the rest so that any
+// change in the data changes it.
+CJsonValue CGoogleCalendar::s_Tail(CJsonValue v) {
     CJsonValue conference = CJsonValue::s_Object();
     conference.Set("allowedConferenceSolutionTypes",
                    CJsonValue::s_Array().Push(CJsonValue::s_String("hangoutsMeet")));
     v.Set("conferenceProperties", std::move(conference));
-    // The tag covers the rest of the entry, so that any change in the seed changes it.
     v.Set("etag", CJsonValue::s_String(CGoogleApis::s_sEtag(v.sSerialize())));
     return v;
 }

@@ -30,6 +30,18 @@ template <class T> void s_ViderTableau(CXArray<T*>& tab) {
     tab.Vide();
 }
 
+// The target's children replaced by copies of the source's, one reference on each.
+template <class T>
+void s_CopieEnfants(CXArray<T*>& tab, const CXArray<T*>& tabSource, CCtxInfo* pclCtx, CXError* pclErreur) {
+    s_ViderTableau(tab);
+    for (T* p : tabSource) {
+        T* pcl = T::s_pclCreeObjet(pclCtx, pclErreur);
+        pcl->vAddRef();
+        pcl->CopieObjet(pclCtx, pclErreur, p);
+        tab.Ajoute(pcl);
+    }
+}
+
 // A date's year, month and day, "%04d-%02d-%02d".
 std::wstring s_sJour(const CDateTime& cl) {
     wchar_t sz[32];
@@ -77,20 +89,8 @@ void CGoogleEvenement::CopieObjet(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleE
     m_dtFin = pclSource->m_dtFin;
     m_pclAuteur->CopieObjet(pclCtx, pclErreur, pclSource->m_pclAuteur);
     // The children are copied too, so that the two events never share one.
-    __VideLieux();
-    for (CWhere* p : pclSource->m_tabLieux) {
-        CWhere* pcl = CWhere::s_pclCreeObjet(pclCtx, pclErreur);
-        pcl->vAddRef();
-        pcl->CopieObjet(pclCtx, pclErreur, p);
-        m_tabLieux.Ajoute(pcl);
-    }
-    __VideParticipants();
-    for (CWho* p : pclSource->m_tabParticipants) {
-        CWho* pcl = CWho::s_pclCreeObjet(pclCtx, pclErreur);
-        pcl->vAddRef();
-        pcl->CopieObjet(pclCtx, pclErreur, p);
-        m_tabParticipants.Ajoute(pcl);
-    }
+    s_CopieEnfants(m_tabLieux, pclSource->m_tabLieux, pclCtx, pclErreur);
+    s_CopieEnfants(m_tabParticipants, pclSource->m_tabParticipants, pclCtx, pclErreur);
 }
 
 // ---- properties --------------------------------------------------------------------------
