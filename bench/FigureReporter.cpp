@@ -20,6 +20,12 @@ bool CFigureReporter::s_bDeclareCounter(const char* pszFigure, const char* pszBe
     return true;
 }
 
+bool CFigureReporter::s_bDeclareMilliseconds(const char* pszFigure, const char* pszBenchmark,
+                                             eClock eWhich) {
+    s_rFigures().push_back({pszFigure, pszBenchmark, "", eWhich});
+    return true;
+}
+
 void CFigureReporter::ReportRuns(const std::vector<Run>& tabRuns) {
     ConsoleReporter::ReportRuns(tabRuns);
     // The best of the repetitions: the one least disturbed by the rest of the machine, which
@@ -62,6 +68,12 @@ bool CFigureReporter::bPrintFigures(std::ostream& clOut) const {
         }
         const std::map<std::string, double>& mapBest = m_mapBestSeconds[stFigure.eWhich];
         auto itNumerator = mapBest.find(stFigure.sNumerator);
+        if (stFigure.sDenominator.empty() && itNumerator != mapBest.end()) {
+            char szValue[32];
+            std::snprintf(szValue, sizeof szValue, "%.1f", itNumerator->second * 1000);
+            clOut << "figure " << stFigure.sName << ' ' << szValue << " ms\n";
+            continue;
+        }
         auto itDenominator = mapBest.find(stFigure.sDenominator);
         if (itNumerator == mapBest.end() || itDenominator == mapBest.end() ||
             itDenominator->second <= 0) {

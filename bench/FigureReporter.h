@@ -23,6 +23,10 @@ public:
     // Declares a figure that is a counter of one benchmark, printed with its unit.
     static bool s_bDeclareCounter(const char* pszFigure, const char* pszBenchmark,
                                   const char* pszCounter, const char* pszUnit);
+    // A figure that is no ratio: one benchmark's best time in milliseconds, for what has no
+    // baseline of its own to be measured against.
+    static bool s_bDeclareMilliseconds(const char* pszFigure, const char* pszBenchmark,
+                                       eClock eWhich = CLOCK_WALL);
 
     void ReportRuns(const std::vector<Run>& tabRuns) override;
     // One line per declared figure whose two benchmarks ran; false when one did not.
@@ -30,7 +34,7 @@ public:
 
 private:
     struct STFigure {
-        std::string sName, sNumerator, sDenominator;
+        std::string sName, sNumerator, sDenominator; // no denominator: milliseconds
         eClock eWhich;
         std::string sUnit = "ratio"; // a counter figure: sDenominator names the counter
         bool bCounter = false;

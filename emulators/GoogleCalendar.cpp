@@ -318,33 +318,28 @@ void CGoogleCalendar::GetEntry(std::string_view svId, const STGrant& g, STRespon
     CGoogleApis::s_WriteNotFound(res);
 }
 
-CJsonValue CGoogleCalendar::s_Calendar(const STSeedCalendar& c) {
+// The members a calendar and its list entry share, in the order Google writes them; the tag
+// comes last, over the rest.
+CJsonValue CGoogleCalendar::s_Head(const STSeedCalendar& c, const char* pszKind) {
     CJsonValue v = CJsonValue::s_Object();
-    v.Set("kind", CJsonValue::s_String("calendar#calendar"));
+    v.Set("kind", CJsonValue::s_String(pszKind));
     v.Set("etag", CJsonValue());
     v.Set("id", CJsonValue::s_String(c.sId));
     v.Set("summary", CJsonValue::s_String(c.sSummary));
     if (!c.sDescription.empty())
         v.Set("description", CJsonValue::s_String(c.sDescription));
     v.Set("timeZone", CJsonValue::s_String(c.sTimeZone));
-    CJsonValue conference = CJsonValue::s_Object();
-    conference.Set("allowedConferenceSolutionTypes",
-                   CJsonValue::s_Array().Push(CJsonValue::s_String("hangoutsMeet")));
-    v.Set("conferenceProperties", std::move(conference));
-    v.Set("etag", CJsonValue::s_String(CGoogleApis::s_sEtag(v.sSerialize())));
     return v;
+}
+
+CJsonValue CGoogleCalendar::s_Calendar(const STSeedCalendar& c) {
+    CJsonValue v = s_Head(c, "calendar#calendar");
+    return s_Tail(std::move(v));
 }
 
 CJsonValue CGoogleCalendar::s_Entry(const STSeedCalendar& c) {
     // Members in the order Google writes them; the optional ones only when they hold.
-    CJsonValue v = CJsonValue::s_Object();
-    v.Set("kind", CJsonValue::s_String("calendar#calendarListEntry"));
-    v.Set("etag", CJsonValue());
-    v.Set("id", CJsonValue::s_String(c.sId));
-    v.Set("summary", CJsonValue::s_String(c.sSummary));
-    if (!c.sDescription.empty())
-        v.Set("description", CJsonValue::s_String(c.sDescription));
-    v.Set("timeZone", CJsonValue::s_String(c.sTimeZone));
+    CJsonValue v = s_Head(c, "calendar#calendarListEntry");
     v.Set("colorId", CJsonValue::s_String(c.sColorId));
     v.Set("backgroundColor", CJsonValue::s_String(c.sBackgroundColor));
     v.Set("foregroundColor", CJsonValue::s_String(c.sForegroundColor));
@@ -356,11 +351,16 @@ CJsonValue CGoogleCalendar::s_Entry(const STSeedCalendar& c) {
     v.Set("defaultReminders", CJsonValue::s_Array());
     if (c.bPrimary)
         v.Set("primary", CJsonValue::s_Bool(true));
+    return s_Tail(std::move(v));
+}
+
+// What ends both: the conference settings, then the tag, which covers the rest so that any
+// change in the data changes it.
+CJsonValue CGoogleCalendar::s_Tail(CJsonValue v) {
     CJsonValue conference = CJsonValue::s_Object();
     conference.Set("allowedConferenceSolutionTypes",
                    CJsonValue::s_Array().Push(CJsonValue::s_String("hangoutsMeet")));
     v.Set("conferenceProperties", std::move(conference));
-    // The tag covers the rest of the entry, so that any change in the seed changes it.
     v.Set("etag", CJsonValue::s_String(CGoogleApis::s_sEtag(v.sSerialize())));
     return v;
 }

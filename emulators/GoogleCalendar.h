@@ -37,7 +37,9 @@ private:
     void ListEntries(const STRequest& req, const STGrant& g, STResponse& res) const;
     void GetEntry(std::string_view svId, const STGrant& g, STResponse& res);
     static CJsonValue s_Entry(const STSeedCalendar& c);
+    static CJsonValue s_Head(const STSeedCalendar& c, const char* pszKind);
     static CJsonValue s_Calendar(const STSeedCalendar& c);
+    static CJsonValue s_Tail(CJsonValue v);
     // The user's entry for a calendar id ("primary" naming the user's own), or null.
     STSeedCalendar* pEntry(std::string_view svId, const STGrant& g);
     void Calendars(const STRequest& req, std::string_view svId, const STGrant& g, STResponse& res);

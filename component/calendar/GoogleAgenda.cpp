@@ -2,18 +2,12 @@
 
 #include "calendar/GoogleEvenement.h"
 #include "connection/GoogleConnexion.h"
-#include "connection/GoogleEndpoints.h"
 #include "connection/HTTPRequete.h"
-#include "connection/HTTPResponse.h"
-#include "frame/ComposanteGGL.h"
 #include "frame/EnumerateurDinoGgl.h"
 #include "frame/XErrorModule60.h"
 #include "xmlobject/Author.h"
 
 #include "Any.h"
-#include "JSONService.h"
-#include "Ref.h"
-#include "Utf8.h"
 #include "VM.h"
 #include "XError.h"
 
@@ -96,47 +90,25 @@ CXYString<wchar_t> CGoogleAgenda::__czToJSON() const {
 
 void CGoogleAgenda::__GglAjouteModif(CGoogleConnexion& clConnexion, HTTPMethod eMethode,
                                      CCtxInfo* pclCtx, CXError* pclErreur) {
-    std::wstring sURL = gszGoogleAPI;
-    sURL += L"/calendar/v3/calendars";
-    CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, sURL.c_str(), HTTPCT_TEXTE);
-    std::string sCorps = KVUtf8::VersUtf8(__czToJSON().sv());
-    clRequete.AjouteDonnees(reinterpret_cast<unsigned char*>(sCorps.data()),
-                            static_cast<unsigned long>(sCorps.size()));
-    clRequete.SetContentType(CHTTPRequete::s_pszGetMIMEType(HTTPCT_JSON));
+    // A change names the calendar in the path, its id as it stands.
+    std::wstring sChemin = L"/calendar/v3/calendars";
     if (eMethode == HTTPPATCH) {
-        // The id goes into the path as it stands.
-        sURL += L'/';
-        sURL += m_sIdentifiant.sv();
-        clRequete.SetURL(sURL.c_str());
+        sChemin += L'/';
+        sChemin += m_sIdentifiant.sv();
     }
-    CHTTPResponse clReponse = clConnexion.clExecuteRequeteCOM(CCtxInfo::s_piGetVM(pclCtx),
-                                                              clRequete, eMethode, pclErreur);
-    if (!pclErreur->bEstPropre() || clReponse.eGetCodeRetour() != HTTPOK) {
-        // The state stays, so that a later commit tries again.
-        _FormateErreurHTTP(clReponse, pclErreur);
-        return;
-    }
-    CXYString<char> sTexte;
-    if (!clReponse.bGetMessage(sTexte) || sTexte.bVide()) return;
-    m_eEtatObjet = ETAT_SYNCHRONISE;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pclErreur));
-    if (clRacine) clRacine->vAccepte(static_cast<CVisiteurJSONSetPropriete&>(*this));
+    const eEtatObjet eAvant = m_eEtatObjet;
+    _EcritJSON(clConnexion, eMethode, sChemin, __czToJSON(), pclCtx, pclErreur);
     // A creation has just given the calendar its id.
-    __PropageIdAgendaTousEvenements();
+    if (m_eEtatObjet != eAvant) __PropageIdAgendaTousEvenements();
 }
 
 void CGoogleAgenda::__GglSupprime(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx,
                                   CXError* pclErreur) {
     if (m_sIdentifiant.bVide()) return;
-    std::wstring sURL = gszGoogleAPI;
-    sURL += L"/calendar/v3/calendars/";
-    sURL += m_sIdentifiant.sv();
-    CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, sURL.c_str(), HTTPCT_TEXTE);
     // The answer is not read: a refusal goes unnoticed, and the calendar is ready to be
     // written anew in any case.
-    (void)clConnexion.clExecuteRequeteCOM(CCtxInfo::s_piGetVM(pclCtx), clRequete, HTTPDELETE,
-                                          pclErreur);
-    m_eEtatObjet = ETAT_A_CREER;
+    _Supprime(clConnexion, std::wstring(L"/calendar/v3/calendars/") + std::wstring(m_sIdentifiant.sv()),
+              pclCtx, pclErreur);
     m_sIdentifiant.Vide();
 }
 

@@ -4,18 +4,13 @@
 #include "calendar/Where.h"
 #include "calendar/Who.h"
 #include "connection/GoogleConnexion.h"
-#include "connection/GoogleEndpoints.h"
 #include "connection/HTTPRequete.h"
-#include "connection/HTTPResponse.h"
-#include "frame/ComposanteGGL.h"
 #include "frame/EnumerateurDinoGgl.h"
 #include "frame/FctEntonnoir.h"
 #include "xmlobject/Author.h"
 
 #include "Any.h"
-#include "JSONService.h"
 #include "Ref.h"
-#include "Utf8.h"
 #include "VM.h"
 #include "XError.h"
 
@@ -33,6 +28,18 @@ constexpr int64_t knMilliJour = 86400000;
 template <class T> void s_ViderTableau(CXArray<T*>& tab) {
     for (T* p : tab) p->vRelease();
     tab.Vide();
+}
+
+// The target's children replaced by copies of the source's, one reference on each.
+template <class T>
+void s_CopieEnfants(CXArray<T*>& tab, const CXArray<T*>& tabSource, CCtxInfo* pclCtx, CXError* pclErreur) {
+    s_ViderTableau(tab);
+    for (T* p : tabSource) {
+        T* pcl = T::s_pclCreeObjet(pclCtx, pclErreur);
+        pcl->vAddRef();
+        pcl->CopieObjet(pclCtx, pclErreur, p);
+        tab.Ajoute(pcl);
+    }
 }
 
 // A date's year, month and day, "%04d-%02d-%02d".
@@ -82,20 +89,8 @@ void CGoogleEvenement::CopieObjet(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleE
     m_dtFin = pclSource->m_dtFin;
     m_pclAuteur->CopieObjet(pclCtx, pclErreur, pclSource->m_pclAuteur);
     // The children are copied too, so that the two events never share one.
-    __VideLieux();
-    for (CWhere* p : pclSource->m_tabLieux) {
-        CWhere* pcl = CWhere::s_pclCreeObjet(pclCtx, pclErreur);
-        pcl->vAddRef();
-        pcl->CopieObjet(pclCtx, pclErreur, p);
-        m_tabLieux.Ajoute(pcl);
-    }
-    __VideParticipants();
-    for (CWho* p : pclSource->m_tabParticipants) {
-        CWho* pcl = CWho::s_pclCreeObjet(pclCtx, pclErreur);
-        pcl->vAddRef();
-        pcl->CopieObjet(pclCtx, pclErreur, p);
-        m_tabParticipants.Ajoute(pcl);
-    }
+    s_CopieEnfants(m_tabLieux, pclSource->m_tabLieux, pclCtx, pclErreur);
+    s_CopieEnfants(m_tabParticipants, pclSource->m_tabParticipants, pclCtx, pclErreur);
 }
 
 // ---- properties --------------------------------------------------------------------------
@@ -302,48 +297,27 @@ CXYString<wchar_t> CGoogleEvenement::__czToJSON() const {
 
 void CGoogleEvenement::__GglAjouteModif(CGoogleConnexion& clConnexion, HTTPMethod eMethode,
                                         CCtxInfo* pclCtx, CXError* pclErreur) {
-    // An event of no calendar is not written.
+    // An event of no calendar is not written; the calendar's id goes as it stands.
     if (m_sIdAgenda.bVide()) return;
-    std::wstring sURL = gszGoogleAPI;
-    sURL += L"/calendar/v3/calendars/";
-    sURL += m_sIdAgenda.sv();
-    sURL += L"/events";
+    std::wstring sChemin = L"/calendar/v3/calendars/";
+    sChemin += m_sIdAgenda.sv();
+    sChemin += L"/events";
     if (eMethode == HTTPPATCH) {
-        sURL += L'/';
-        sURL += m_sIdentifiant.sv();
+        sChemin += L'/';
+        sChemin += m_sIdentifiant.sv();
     }
-    CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, sURL.c_str(), HTTPCT_TEXTE);
-    std::string sCorps = KVUtf8::VersUtf8(__czToJSON().sv());
-    clRequete.AjouteDonnees(reinterpret_cast<unsigned char*>(sCorps.data()),
-                            static_cast<unsigned long>(sCorps.size()));
-    clRequete.SetContentType(CHTTPRequete::s_pszGetMIMEType(HTTPCT_JSON));
-
-    IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
-    CHTTPResponse clReponse = clConnexion.clExecuteRequeteCOM(piVM, clRequete, eMethode, pclErreur);
-    if (!pclErreur->bEstPropre() || clReponse.eGetCodeRetour() != HTTPOK) {
-        _FormateErreurHTTP(clReponse, pclErreur);
-        return;
-    }
-    CXYString<char> sTexte;
-    if (!clReponse.bGetMessage(sTexte) || sTexte.bVide()) return;
-    m_eEtatObjet = ETAT_SYNCHRONISE;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pclErreur));
-    if (clRacine) clRacine->vAccepte(static_cast<CVisiteurJSONSetPropriete&>(*this));
+    _EcritJSON(clConnexion, eMethode, sChemin, __czToJSON(), pclCtx, pclErreur);
 }
 
 void CGoogleEvenement::__GglSupprime(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx,
                                      CXError* pclErreur) {
     if (m_sIdentifiant.bVide() || m_sIdAgenda.bVide()) return;
-    std::wstring sURL = gszGoogleAPI;
-    sURL += L"/calendar/v3/calendars/";
-    sURL += m_sIdAgenda.sv();
-    sURL += L"/events/";
-    sURL += m_sIdentifiant.sv();
-    CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, sURL.c_str(), HTTPCT_TEXTE);
+    std::wstring sChemin = L"/calendar/v3/calendars/";
+    sChemin += m_sIdAgenda.sv();
+    sChemin += L"/events/";
+    sChemin += m_sIdentifiant.sv();
     // The status is not read: only a transport failure reaches the caller.
-    (void)clConnexion.clExecuteRequeteCOM(CCtxInfo::s_piGetVM(pclCtx), clRequete, HTTPDELETE,
-                                          pclErreur);
-    m_eEtatObjet = ETAT_A_CREER;
+    _Supprime(clConnexion, sChemin, pclCtx, pclErreur);
     m_sIdentifiant.Vide();
 }
 

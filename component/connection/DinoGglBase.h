@@ -10,10 +10,12 @@
 #include "XYString.h"
 
 #include <atomic>
+#include <string_view>
 #include <cstdint>
 
 class CAny;
 class CCtxInfo;
+enum HTTPMethod : int;
 class CGoogleConnexion;
 class CHTTPResponse;
 class CXError;
@@ -44,6 +46,15 @@ public:
         else if (m_eEtatObjet == ETAT_SYNCHRONISE)
             m_eEtatObjet = ETAT_MODIFIE;
     }
+    // The calendar service's write road for JSON objects: sPath (after the API's origin) with
+    // the body as JSON; a 200 with text makes the object equal to the server's copy and lets
+    // the reply fill it. Any other answer leaves the mark, for a later commit, with the error.
+    void _EcritJSON(CGoogleConnexion& clConnexion, HTTPMethod eMethode, std::wstring_view svChemin,
+                    const CXYString<wchar_t>& sCorps, CCtxInfo* pclCtx, CXError* pclErreur);
+    // A DELETE whose answer is not read: only a failed exchange reaches the caller. The object
+    // is then one to create again.
+    void _Supprime(CGoogleConnexion& clConnexion, std::wstring_view svChemin, CCtxInfo* pclCtx,
+                   CXError* pclErreur);
     // A refused write: 600031 for a conflict, else 600005 with the status and the server's
     // text. Nothing when an error already stands.
     static void _FormateErreurHTTP(const CHTTPResponse& clReponse, CXError* pclErreur);

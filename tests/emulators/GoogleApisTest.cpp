@@ -1,6 +1,6 @@
 // www.googleapis.com on the wire: the calendar list for a token obtained from the emulated
 // accounts.google.com, its query parameters and paging, the bearer and scope checks, Google's
-// JSON errors, and the seed's calendar section.
+// JSON errors, the seed's calendar section, and the calendars and events of Calendar v3.
 #include <gtest/gtest.h>
 
 #include <set>
@@ -474,4 +474,90 @@ TEST(GoogleApis, SeedCalendarsAreCheckedWithTheirPlace) {
     EXPECT_EQ(c.sAccessRole, "owner");
     EXPECT_FALSE(c.sTimeZone.empty());
     EXPECT_FALSE(c.bPrimary || c.bHidden);
+}
+
+// Calendar v3 events and calendars as the service answers them: the errors of each kind of
+// call, the unquoted keys old clients send (and nothing else that strict JSON refuses), a
+// recurrence listed whole or as its occurrences, a patch that clears with null, a deletion
+// seen twice.
+TEST(GoogleApis, CalendarEventsAnswerAsTheServiceDoes) {
+    CEmulatorHarness h;
+    const std::string sFull = s_sCodeFlowToken(h.Probe(), s_szCalendarScope);
+    const std::string sReadOnly =
+        s_sCodeFlowToken(h.Probe(), "https://www.googleapis.com/auth/calendar.readonly");
+    const std::string sSite = "/calendar/v3/calendars/c0ntr4ct0r5chedule%40group.calendar.google.com";
+    auto Send = [&](std::string_view svMethod, const std::string& sTarget, std::string_view svBody,
+                    const std::string& sToken) {
+        return h.Probe().Send(svMethod, s_szApis, sTarget, svBody, "application/json",
+                              {{"Authorization", "Bearer " + sToken}});
+    };
+    const std::string sTimed = R"({"start":{"dateTime":"2030-06-04T10:00:00+02:00", date:null},)"
+                               R"("end":{"dateTime":"2030-06-04T11:00:00+02:00", date:null}})";
+    struct STCase {
+        const char* pszWhat;
+        const char* pszMethod;
+        std::string sTarget, sBody;
+        const std::string& sToken;
+        int nStatus;
+        const char* pszStatus;
+        const char* pszReason;
+    } tab[] = {
+        {"quotes of another kind", "POST", sSite + "/events", "{'summary':'x'}", sFull, 400,
+         "INVALID_ARGUMENT", "parseError"},
+        {"a trailing comma", "POST", sSite + "/events", R"({"summary":"x",})", sFull, 400,
+         "INVALID_ARGUMENT", "parseError"},
+        {"an end before the start", "POST", sSite + "/events",
+         R"({start:{"date":"2030-06-05"}, end:{"date":"2030-06-05"}})", sFull, 400,
+         "INVALID_ARGUMENT", "timeRangeEmpty"},
+        {"an attendee without an address", "POST", sSite + "/events",
+         sTimed.substr(0, sTimed.size() - 1) + R"(, "attendees":[{"email":""}]})", sFull, 400,
+         "INVALID_ARGUMENT", "required"},
+        {"a read-only token", "POST", sSite + "/events", sTimed, sReadOnly, 403,
+         "PERMISSION_DENIED", "insufficientPermissions"},
+        {"a calendar the user only reads", "POST",
+         "/calendar/v3/calendars/fr.french%23holiday%40group.v.calendar.google.com/events", sTimed,
+         sFull, 403, "PERMISSION_DENIED", "requiredAccessLevel"},
+        {"ordered by start without single events", "GET", sSite + "/events?orderBy=startTime", "",
+         sFull, 400, "INVALID_ARGUMENT", "badRequest"},
+        {"a bound without a zone", "GET", sSite + "/events?timeMin=2030-06-01T00:00:00", "", sFull,
+         400, "INVALID_ARGUMENT", "badRequest"},
+        {"the primary calendar deleted", "DELETE", "/calendar/v3/calendars/primary", "", sFull, 400,
+         "INVALID_ARGUMENT", "cannotDeletePrimaryCalendar"},
+        {"a calendar the user does not own", "PATCH",
+         "/calendar/v3/calendars/team.planning%40group.calendar.google.com", R"({"summary":"x"})",
+         sFull, 403, "PERMISSION_DENIED", "forbidden"},
+        {"an event that is not there", "PATCH", sSite + "/events/n0such3vent", "{}", sFull, 404,
+         "NOT_FOUND", "notFound"},
+    };
+    for (const STCase& st : tab)
+        s_ExpectGoogleError(Send(st.pszMethod, st.sTarget, st.sBody, st.sToken), st.nStatus,
+                            st.pszStatus, st.pszReason, st.pszWhat);
+
+    // A daily series with UNTIL: its five occurrences, or the series once with its rule.
+    const std::string sWeek = "/events?timeMin=2030-06-03T00:00:00Z&timeMax=2030-06-10T00:00:00Z&q=s%C3%A9curit%C3%A9";
+    std::vector<std::string> tabIds = s_tabIds(s_Json(Send("GET", sSite + sWeek + "&singleEvents=true", "", sReadOnly)));
+    ASSERT_EQ(tabIds.size(), 5u);
+    EXPECT_EQ(tabIds.front(), "p01ntsecur1te2030_20300603T060000Z");
+    EXPECT_EQ(tabIds.back(), "p01ntsecur1te2030_20300607T060000Z");
+    CJsonValue series = s_Json(Send("GET", sSite + sWeek, "", sReadOnly));
+    ASSERT_EQ(s_tabIds(series), std::vector<std::string>{"p01ntsecur1te2030"});
+    EXPECT_EQ(series.pFind("items")->Items()[0].pFind("recurrence")->Items()[0].sGetString(),
+              "RRULE:FREQ=DAILY;UNTIL=20300607T060000Z");
+
+    // A timed event made all-day by a patch whose nulls clear the times; the rest kept.
+    STReply r = Send("PATCH", sSite + "/events/l1vra1sonbeton2030",
+                     R"({"start":{"date":"2030-06-05", dateTime:null}, "end":{"date":"2030-06-06", dateTime:null}})",
+                     sFull);
+    ASSERT_EQ(r.nStatus, 200) << r.sBody;
+    CJsonValue event = s_Json(r);
+    EXPECT_EQ(event.pFind("start")->sSerialize(), R"({"date":"2030-06-05"})");
+    EXPECT_EQ(event.sText("summary"), "Livraison béton");
+    EXPECT_EQ(event.pFind("sequence")->nGetInt(), 1) << "a move counts";
+
+    // Deleted: 204 and no body, then 410.
+    r = Send("DELETE", sSite + "/events/l1vra1sonbeton2030", "", sFull);
+    EXPECT_EQ(r.nStatus, 204);
+    EXPECT_EQ(r.sBody, "");
+    s_ExpectGoogleError(Send("DELETE", sSite + "/events/l1vra1sonbeton2030", "", sFull), 410,
+                        "NOT_FOUND", "deleted", "deleted twice");
 }
