@@ -181,23 +181,6 @@ TEST(LoginDialogue, RefusesAnAnswerWithAnotherState) {
     EXPECT_EQ(Connect(PortOf(sRedirect)), -1);
 }
 
-TEST(LoginDialogue, OpensARoutedOriginInItsBrowserForm) {
-    CRawServer clProvider([](const STRawRequest& r) { return Provider(r); });
-    STHostOptions stOptions = LoginOptions("curl -s -L -o /dev/null");
-    stOptions.sRoute =
-        "https://accounts.example.test=127.0.0.1:" + std::to_string(clProvider.nPort());
-    auto cl = NewDialogue(stOptions);
-    std::string sRedirect = RedirectAddress(*cl);
-    STRun st = RunDialogue(
-        *cl, "https://accounts.example.test/o/oauth2/auth?client_id=id&redirect_uri=" + sRedirect +
-                 "&state=[%STATE%]");
-    ASSERT_EQ(st.e, AUTHENTIFICATION_OK) << st.sMessage;
-    auto tab = clProvider.tabRequests();
-    ASSERT_EQ(tab.size(), 1u);
-    EXPECT_EQ(tab[0].sTarget.rfind("/accounts.example.test/o/oauth2/auth?client_id=id&", 0), 0u)
-        << tab[0].sTarget;
-}
-
 TEST(LoginDialogue, TimesOutWhenTheBrowserNeverComesBack) {
     auto cl = NewDialogue(LoginOptions("true", 300));
     std::string sRedirect = RedirectAddress(*cl);
