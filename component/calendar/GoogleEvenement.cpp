@@ -44,7 +44,7 @@ std::wstring s_sJour(const CDateTime& cl) {
 
 } // namespace
 
-CGoogleEvenement::CGoogleEvenement() : m_pclAuteur(new CAuthor) {
+CGoogleEvenement::CGoogleEvenement() : m_pclAuteur(CAuthor::s_pclCreeObjet(nullptr, nullptr)) {
     m_pclAuteur->vAddRef();
 }
 
