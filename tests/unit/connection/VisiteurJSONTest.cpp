@@ -16,8 +16,8 @@ public:
     std::vector<std::wstring> m_tabNote;
 
 protected:
-    void _vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny& clValeur) override {
-        std::wstring s(sChemin.sv());
+    void _vSetProprieteFromJSON(std::wstring_view sChemin, CAny& clValeur) override {
+        std::wstring s(sChemin);
         s += L'=';
         if (clValeur.nGetType() == 16) {
             CXYString<wchar_t> sValeur;
@@ -32,8 +32,8 @@ protected:
         }
         m_tabNote.push_back(s);
     }
-    void _vSetTableauFromJSON(const CXYString<wchar_t>& sChemin, ITableauJSON& cl) override {
-        m_tabNote.push_back(std::wstring(sChemin.sv()) + L"[" +
+    void _vSetTableauFromJSON(std::wstring_view sChemin, ITableauJSON& cl) override {
+        m_tabNote.push_back(std::wstring(sChemin) + L"[" +
                             std::to_wstring(cl.vnGetNbElement()) + L"]");
     }
 };
@@ -70,10 +70,10 @@ public:
     std::vector<std::wstring> m_tabChemin;
 
 protected:
-    void _vSetProprieteFromJSON(const CXYString<wchar_t>& sChemin, CAny&) override {
-        m_tabChemin.emplace_back(sChemin.sv());
+    void _vSetProprieteFromJSON(std::wstring_view sChemin, CAny&) override {
+        m_tabChemin.emplace_back(sChemin);
     }
-    void _vSetTableauFromJSON(const CXYString<wchar_t>&, ITableauJSON& cl) override {
+    void _vSetTableauFromJSON(std::wstring_view, ITableauJSON& cl) override {
         cl.vAccepte(*this);
     }
 };

@@ -1,7 +1,7 @@
 // The update queue on the wire: the verbs, addresses, headers and bodies each operation sends
 // through the connection to a recording HTTP service, the errors each status gives, and what
 // stays queued after a failure.
-#include "../connection/FauxHote.h"
+#include "HoteEssai.h"
 #include "XmlEssai.h"
 
 #include "connection/GoogleConnexion.h"
@@ -10,7 +10,6 @@
 
 namespace {
 
-using namespace fauxhote;
 
 const char ksEdit[] = "<link rel=\"edit\" href=\"https://feeds.test/e/1\"/>";
 const std::string ksReponseEntree =
@@ -45,8 +44,8 @@ protected:
     const std::vector<STRequeteVue>& Vues() { return m_clLibShop.m_clHTTP.m_tabVues; }
     void Execute(CUpdatesManager& clFile) { clFile.doOperations(m_clConnexion.pGet(), &m_clVM, &m_clErreur); }
 
-    CFauxLibShop m_clLibShop;
-    CFauxVM m_clVM;
+    CLibShopEssai m_clLibShop;
+    CVMEnregistreur m_clVM;
     CXError m_clErreur{&gstMyModuleInfo60};
     CCtxInfo m_clCtx{nullptr, nullptr, &m_clVM};
     CRef<CGoogleConnexion> m_clConnexion;
