@@ -23,6 +23,7 @@ const STOAuthProfile s_Profile = {
     "https://www.facebook.com",
     STOAuthProfile::eFacebook,
     {"AQD", "EAAB", "rt-"},
+    nullptr, // no parameter of its own at the token endpoint
 };
 
 // A 1x1 PNG: what /me/picture serves.
@@ -176,7 +177,8 @@ void CFacebookGraph::AccessToken(const STRequest& req, STResponse& res) {
         if (sCode.empty())
             return s_Error(res, 400, "Missing authorization code", "OAuthException", 1);
         switch (tokens.eRedeemCode(sCode, CFacebookDialogue::ms_pszHost, sClientId,
-                                   form.sValue("redirect_uri"), s_Profile.style, g, t)) {
+                                   form.sValue("redirect_uri"), form.sValue("code_verifier"),
+                                   s_Profile.style, g, t)) {
         case CTokenStore::eValid:
             break;
         case CTokenStore::eWrongRedirect:
