@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 # Lines covered by part of the tree, from gcov's own JSON for every .gcda of a build:
 #   coverage_summary.py ROOT BUILD JOBS PART...
-# prints "figure coverage_lines_PART PCT percent" for each PART (a top folder of ROOT). A line
+# prints "figure coverage_lines_PART PCT percent" for each PART (a top folder of ROOT); with
+# KVGGL_COVERAGE_FILES=PATH set, also writes "covered total file" for each file there. A line
 # counts once however many objects compile it (headers, inline code): covered when any did run
 # it. gcovr 5.2 cannot merge this tree (an inline function met at two lines stops it).
 import json
@@ -36,6 +37,14 @@ def main():
                     for line in entry["lines"]:
                         key = (path, line["line_number"])
                         covered[key] = covered.get(key, False) or line["count"] > 0
+    if os.environ.get("KVGGL_COVERAGE_FILES"):
+        by_file = {}
+        for (path, _), run in covered.items():
+            c, t = by_file.get(path, (0, 0))
+            by_file[path] = (c + run, t + 1)
+        with open(os.environ["KVGGL_COVERAGE_FILES"], "w") as out:
+            for path in sorted(by_file):
+                out.write("%d %d %s\n" % (by_file[path][0], by_file[path][1], path))
     for part in parts:
         lines = [run for (path, _), run in covered.items() if path.split(os.sep)[0] == part]
         pct = 100.0 * sum(lines) / len(lines) if lines else 0.0
