@@ -23,7 +23,7 @@ const STOAuthProfile s_Profile = {
     "https://www.facebook.com",
     STOAuthProfile::eFacebook,
     {"AQD", "EAAB", "rt-"},
-    nullptr,
+    nullptr, // no parameter of its own at the token endpoint
 };
 
 // A 1x1 PNG: what /me/picture serves.

@@ -8,7 +8,6 @@
 //   kvggl_wire.port()                    the fixture's port, read from its port file
 //   kvggl_wire.http(port, method, target [, body [, content_type]])
 //                                        status and body of one request to 127.0.0.1:port
-//   kvggl_wire.decode(json)              the JSON text as Lua values (null: kvggl_wire.null)
 //   kvggl_wire.setenv(name, value|nil)   for settings the host reads when it starts
 //   kvggl_wire.store(path, key[, value]) the host store's KVGGL value under key, written first
 //   kvggl_wire.emulators(auto_approve)   emulators of their own, in-process on a free port:
@@ -26,7 +25,6 @@
 // After a script, the component must be gone from the process, as in tests/lua.
 #include "EmulatorHarness.h"
 #include "HttpProbe.h"
-#include "JsonValue.h"
 #include "LuaModule.h"
 #include "MapImage.h"
 
@@ -98,60 +96,6 @@ int s_nHttp(lua_State* L) {
         }
     }
     return bConnected ? 2 : s_nRaise(L);
-}
-
-void s_PushJson(lua_State* L, const CJsonValue& v) {
-    luaL_checkstack(L, 4, "JSON nested too deep");
-    switch (v.eGetKind()) {
-    case CJsonValue::eNull:
-        lua_getfield(L, lua_upvalueindex(1), "null");
-        break;
-    case CJsonValue::eBool:
-        lua_pushboolean(L, v.bGetBool());
-        break;
-    case CJsonValue::eNumber:
-        if (v.bIsInteger())
-            lua_pushinteger(L, v.nGetInt());
-        else
-            lua_pushnumber(L, v.dGetNumber());
-        break;
-    case CJsonValue::eString:
-        lua_pushlstring(L, v.sGetString().data(), v.sGetString().size());
-        break;
-    case CJsonValue::eArray: {
-        lua_createtable(L, static_cast<int>(v.Items().size()), 0);
-        lua_Integer i = 0;
-        for (const CJsonValue& x : v.Items()) {
-            s_PushJson(L, x);
-            lua_rawseti(L, -2, ++i);
-        }
-        break;
-    }
-    case CJsonValue::eObject:
-        lua_createtable(L, 0, static_cast<int>(v.Members().size()));
-        for (const auto& [sKey, x] : v.Members()) {
-            lua_pushlstring(L, sKey.data(), sKey.size());
-            s_PushJson(L, x);
-            lua_rawset(L, -3);
-        }
-        break;
-    }
-}
-
-int s_nDecode(lua_State* L) {
-    size_t n = 0;
-    const char* psz = luaL_checklstring(L, 1, &n);
-    bool bOk = false;
-    {
-        std::string sError;
-        auto o = CJsonValue::s_oParse(std::string_view(psz, n), &sError);
-        bOk = o.has_value();
-        if (bOk)
-            s_PushJson(L, *o);
-        else
-            lua_pushfstring(L, "not JSON (%s): %s", sError.c_str(), psz);
-    }
-    return bOk ? 1 : s_nRaise(L);
 }
 
 int s_nSetenv(lua_State* L) {
@@ -393,8 +337,6 @@ int s_nOpenWire(lua_State* L) {
     }
     lua_pop(L, 1);
     lua_newtable(L);
-    lua_pushlightuserdata(L, nullptr);
-    lua_setfield(L, -2, "null");
     lua_pushstring(L, KVGGL_LUA_WIRE_SCRIPTS);
     lua_setfield(L, -2, "dir");
     const luaL_Reg tabFunctions[] = {
@@ -404,10 +346,6 @@ int s_nOpenWire(lua_State* L) {
         {nullptr, nullptr},
     };
     luaL_setfuncs(L, tabFunctions, 0);
-    // decode finds the null marker in the module table, its upvalue.
-    lua_pushvalue(L, -1);
-    lua_pushcclosure(L, s_nDecode, 1);
-    lua_setfield(L, -2, "decode");
     return 1;
 }
 
@@ -511,9 +449,7 @@ TEST(Wire, UnEchecEstVu) {
         local w = require "kvggl_wire"
         local status, body = w.http(w.port(), "GET", "/_emulator/")
         assert(status == 200, body)
-        assert(type(w.decode(body).requests) == "number")
-        assert(w.decode("[1, null]")[2] == w.null)
-        assert(not pcall(w.decode, "{"))
+        assert(body:find('"requests":', 1, true), body)
         local ok, err = pcall(w.run, "error('inner failure')")
         assert(not ok and err:find("inner failure", 1, true), err)
         local a, b = w.run("return ... .. '!', 7", "x")

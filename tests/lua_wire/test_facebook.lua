@@ -44,7 +44,7 @@ W.eq(kvggl.FBEtatSession(s), 1, "connected")
 mark = W.mark()
 local posted = kvggl.check(kvggl.FBRequete(s, GRAPH .. "/" .. PAGE .. "/feed", kvggl.fbRequetePOST,
                                            "message=Hello"))
-W.eq(W.native.decode(posted).id, PAGE .. "_1", "the post's id")
+W.eq(W.decode(posted).id, PAGE .. "_1", "the post's id")
 local name = kvggl.check(kvggl.FBRecupereInformationUtilisateur(s, kvggl.fbNom))
 W.eq(name, "Demo Page", "the page speaks for itself")
 local picture = kvggl.check(kvggl.FBRecupereInformationUtilisateur(s, "PICTURE"))

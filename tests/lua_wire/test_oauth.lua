@@ -95,10 +95,10 @@ W.eq(valid, "true", "restored: Valide")
 W.eq(answer, saved_code_token.ReponseServeur, "restored: ReponseServeur")
 local status, info = W.native.http(W.port, "GET", "/oauth.provider.test/userinfo?access_token=" .. value)
 W.eq(status, 200, "/userinfo with the restored token")
-W.eq(W.native.decode(info).email, W.SEEDED_EMAIL, "/userinfo")
+W.eq(W.decode(info).email, W.SEEDED_EMAIL, "/userinfo")
 
 -- A saved text cut short or altered: a clear error, and the token as it was.
-local form = W.native.decode(saved)
+local form = W.decode(saved)
 local bytes = form.properties.__Serialisation__
 for _, bad in ipairs({bytes:sub(1, 24), bytes:sub(1, 16) .. "////" .. bytes:sub(21)}) do
     form.properties.__Serialisation__ = bad

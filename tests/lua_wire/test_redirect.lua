@@ -45,7 +45,7 @@ for _, case in ipairs(cases) do
         W.eq(log[2].body, case.body or "", what .. ": the body")
         if case.follow == "GET" then
             W.ok(err, what)
-            W.eq(W.native.decode(result).id, W.SEEDED_EMAIL, what .. ": the answer of the Location")
+            W.eq(W.decode(result).id, W.SEEDED_EMAIL, what .. ": the answer of the Location")
         end
     else
         W.eq(W.shape(log), ("%s www.googleapis.com %s"):format(case.method, LIST),

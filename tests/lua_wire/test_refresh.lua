@@ -18,7 +18,7 @@ do
     local mark = W.mark()
     local list, err = kvggl.GglRequete(c, kvggl.gglServiceAgenda, W.CALENDAR_LIST)
     W.ok(err, "silent login")
-    W.eq(W.native.decode(list).kind, "calendar#calendarList", "the answer")
+    W.eq(W.decode(list).kind, "calendar#calendarList", "the answer")
     local log = W.log(mark)
     W.eq(W.shape(log), "POST accounts.google.com /o/oauth2/token\n" ..
                        "GET www.googleapis.com /calendar/v3/users/me/calendarList",

@@ -31,7 +31,7 @@ local tokens, email, id, secret, list = W.native.run(restore, saved, W.CALENDAR_
 W.eq(tokens, c.RefreshTokens, "RefreshTokens round-trip")
 W.eq(email, W.SEEDED_EMAIL, "Email")
 W.eq(id .. "/" .. secret, W.CLIENT_ID .. "/" .. W.CLIENT_SECRET, "the client")
-W.eq(W.native.decode(list).kind, "calendar#calendarList", "the restored connection is served")
+W.eq(W.decode(list).kind, "calendar#calendarList", "the restored connection is served")
 
 local log = W.log(mark)
 W.eq(W.shape(log), "POST accounts.google.com /o/oauth2/token\n" ..

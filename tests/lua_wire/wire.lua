@@ -4,36 +4,19 @@
 --   local W = dofile(arg[0]:match("(.*/)") .. "wire.lua")
 local native = require "kvggl_wire"
 
-local W = {native = native, port = native.port(), null = native.null}
+local W = {native = native, port = native.port()}
 
 W.CALENDAR_LIST = "https://www.googleapis.com/calendar/v3/users/me/calendarList"
 W.CLIENT_ID, W.CLIENT_SECRET = "demo-client", "demo-secret"
 W.SEEDED_REFRESH = "1//demo-refresh-token"
 W.SEEDED_EMAIL = "demo.user@example.com"
 
--- JSON text of a Lua value: tables with a [1] are arrays, other tables objects.
-function W.encode(v)
-    local t = type(v)
-    if t == "table" then
-        local parts = {}
-        if v[1] ~= nil or next(v) == nil then
-            for _, x in ipairs(v) do parts[#parts + 1] = W.encode(x) end
-            return "[" .. table.concat(parts, ",") .. "]"
-        end
-        local keys = {}
-        for k in pairs(v) do keys[#keys + 1] = k end
-        table.sort(keys)
-        for _, k in ipairs(keys) do parts[#parts + 1] = W.encode(tostring(k)) .. ":" .. W.encode(v[k]) end
-        return "{" .. table.concat(parts, ",") .. "}"
-    elseif t == "string" then
-        return '"' .. v:gsub('[%c"\\]', function(c)
-            return ({['"'] = '\\"', ["\\"] = "\\\\", ["\n"] = "\\n", ["\r"] = "\\r", ["\t"] = "\\t"})[c]
-                or ("\\u%04x"):format(c:byte())
-        end) .. '"'
-    elseif t == "number" or t == "boolean" then
-        return tostring(v)
-    end
-    error("cannot encode a " .. t)
+-- JSON both ways through the module, the host's own parser: what a script itself would use.
+-- The module is loaded at first use, so that a script sets the host's settings before.
+function W.encode(value) return require("kvggl").json.encode(value) end
+function W.decode(text)
+    local kvggl = require "kvggl"
+    return kvggl.check(kvggl.json.decode(text))
 end
 
 -- One request to the control surface of the emulators on `port` (the fixture's by default):
@@ -41,8 +24,8 @@ end
 function W.control(method, path, body, port)
     local status, text = native.http(port or W.port, method, "/_emulator" .. path,
                                      body and W.encode(body) or nil)
-    local ok, value = pcall(native.decode, text)
-    return status, ok and value or text
+    local value = require("kvggl").json.decode(text)
+    return status, value ~= nil and value or text
 end
 
 -- The header of a log entry, whatever the case of its name.

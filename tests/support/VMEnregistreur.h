@@ -20,7 +20,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -155,6 +158,30 @@ private:
     CAny* m_pclRecepteur = nullptr;
     std::vector<std::string> m_tabChaines;
     std::vector<CDateTime> m_tabDates;
+};
+
+// The process time zone for the life of the object, "UTC-2" (two hours east) by default: the
+// VM's time shifts are the host's, which read TZ.
+class CFuseauEssai {
+public:
+    explicit CFuseauEssai(const char* pszTZ = "UTC-2") {
+        if (const char* psz = std::getenv("TZ"))
+            m_oAvant = psz;
+        setenv("TZ", pszTZ, 1);
+        tzset();
+    }
+    ~CFuseauEssai() {
+        if (m_oAvant)
+            setenv("TZ", m_oAvant->c_str(), 1);
+        else
+            unsetenv("TZ");
+        tzset();
+    }
+    CFuseauEssai(const CFuseauEssai&) = delete;
+    CFuseauEssai& operator=(const CFuseauEssai&) = delete;
+
+private:
+    std::optional<std::string> m_oAvant;
 };
 
 // A class description as the host hands it to the type stub.

@@ -2,7 +2,7 @@
 // VM a zone two hours east of UTC: the change marks of a plain write and what a commit sends
 // from each mark, the bounds of a fill when dates are absent, and a timed event's local time
 // and offset both ways.
-#include "../connection/FauxHote.h"
+#include "HoteEssai.h"
 
 #include "calendar/DatesAgenda.h"
 #include "calendar/GoogleAgenda.h"
@@ -17,7 +17,6 @@
 
 #include <string>
 
-using namespace fauxhote;
 
 namespace {
 
@@ -62,8 +61,9 @@ protected:
         return p;
     }
 
-    CFauxLibShop m_clLibShop;
-    CFauxVM m_clVM;
+    CFuseauEssai m_clFuseau; // two hours east of UTC, summer or winter
+    CLibShopEssai m_clLibShop;
+    CVMEnregistreur m_clVM;
     CCtxInfo m_clCtx{nullptr, nullptr, &m_clVM};
     CXError m_clErreur{&gstMyModuleInfo60};
     CRef<CGoogleConnexion> m_clConnexion;

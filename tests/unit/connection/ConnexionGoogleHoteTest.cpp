@@ -366,25 +366,6 @@ TEST_P(SyntaxesGglRequete, ParLaTableDesFonctions) {
 INSTANTIATE_TEST_SUITE_P(GglRequete, SyntaxesGglRequete, testing::ValuesIn(gtabSyntaxe),
                          [](const auto& i) { return std::string(i.param.pszNom); });
 
-TEST_F(ConnexionGoogleHote, GglConnecteParSesLignes) {
-    Approuve();
-    int nBits = 2;
-    unsigned char* tabArguments[] = {reinterpret_cast<unsigned char*>(&nBits)};
-    stFonction(2).pstSyntaxe[1].pfnMethode(m_clConnexion.pGet(), tabArguments, &m_clCtx,
-                                           &m_clErreur);
-    ASSERT_EQ(m_clVM.m_tabRetour.size(), 1u);
-    EXPECT_EQ(m_clVM.m_tabRetour[0].nType, 1);
-    EXPECT_EQ(m_clVM.m_tabRetour[0].Valeur<int>(), 1);
-    EXPECT_EQ(Acces(Cnx())[SERVICEGOOGLE_CONTACT], L"ya29.dialogue");
-
-    m_clLogin.m_sReponse = Retour(L"/?error=access_denied");
-    stFonction(2).pstSyntaxe[0].pfnMethode(m_clConnexion.pGet(), nullptr, &m_clCtx, &m_clErreur);
-    ASSERT_EQ(m_clVM.m_tabRetour.size(), 2u);
-    EXPECT_EQ(m_clVM.m_tabRetour[1].nType, 1);
-    EXPECT_EQ(m_clVM.m_tabRetour[1].Valeur<int>(), 0);
-    EXPECT_EQ(m_clErreur.nGetUserErrorCode(), 600001u);
-}
-
 // Which pairs each logout empties, from a connection whose every pair is full.
 struct STCasDeconnexion {
     const char* pszNom;

@@ -10,9 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
-
 
 namespace {
 
@@ -88,9 +85,7 @@ TEST(Entonnoir, UnResultatVideVideLaSortie) {
 }
 
 TEST(Entonnoir, DatesConvertiesSurPlace) {
-    // Two hours east of UTC, summer or winter: the host's conversion reads TZ.
-    setenv("TZ", "UTC-2", 1);
-    tzset();
+    CFuseauEssai clFuseau; // two hours east of UTC, summer or winter
     CVMEnregistreur clVM;
     CXError clErreur(&gstMyModuleInfo60);
     CDateTime clDate;
@@ -106,8 +101,6 @@ TEST(Entonnoir, DatesConvertiesSurPlace) {
     EXPECT_EQ(FctEntonnoir::bDateHeureLocaleVersUTC(nullptr, &clErreur, &clDate), 0);
     EXPECT_EQ(FctEntonnoir::bDateHeureLocaleVersUTC(&clVM, &clErreur, nullptr), 0);
     EXPECT_EQ(clVM.m_tabAppels.size(), 2u);
-    unsetenv("TZ");
-    tzset();
 }
 
 } // namespace

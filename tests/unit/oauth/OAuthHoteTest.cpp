@@ -2,7 +2,7 @@
 // authorisation address built from the script's texts, the state the component sends and
 // checks where the host leaves it the state, the choice of road, the refresh grant, and the
 // parameters' saved form skipped whole by a reader of another version.
-#include "../connection/FauxHote.h"
+#include "HoteEssai.h"
 
 #include "foundation/KVBuffer.h"
 #include "frame/ComposanteGGL.h"
@@ -16,7 +16,6 @@
 
 #include <string>
 
-using namespace fauxhote;
 
 namespace {
 
@@ -44,8 +43,8 @@ protected:
     }
     const std::vector<STRequeteVue>& Vues() { return m_clLibShop.m_clHTTP.m_tabVues; }
 
-    CFauxLibShop m_clLibShop;
-    CFauxVM m_clVM;
+    CLibShopEssai m_clLibShop;
+    CVMEnregistreur m_clVM;
     CXError m_clErreur{&gstMyModuleInfo60};
     CRef<COAuth2Parametres> m_clParametres = CRef<COAuth2Parametres>::Retain(new COAuth2Parametres);
     ILibShop* m_piLibShopAvant = nullptr;
