@@ -51,15 +51,12 @@ std::wstring s_sJour(const CDateTime& cl) {
 
 } // namespace
 
-// A script-made author starts with no reference: the event takes the first.
-CGoogleEvenement::CGoogleEvenement() : m_pclAuteur(CAuthor::s_pclCreeObjet(nullptr, nullptr)) {
-    m_pclAuteur->vAddRef();
-}
+CGoogleEvenement::CGoogleEvenement() = default;
 
 CGoogleEvenement::~CGoogleEvenement() {
     __VideLieux();
     __VideParticipants();
-    m_pclAuteur->vRelease();
+    if (m_pclAuteur) m_pclAuteur->vRelease();
 }
 
 void CGoogleEvenement::__VideLieux() { s_ViderTableau(m_tabLieux); }
@@ -72,7 +69,8 @@ void CGoogleEvenement::__RAZ() {
     m_dtMiseAJour = m_dtDebut = m_dtFin = CDateTimeRFC3339();
     __VideLieux();
     __VideParticipants();
-    m_pclAuteur->RAZObjet(nullptr, nullptr);
+    m_sAuteurNom.Vide(), m_sAuteurEmail.Vide();
+    __MajAuteur();
 }
 
 void CGoogleEvenement::CopieObjet(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleEvenement* pclSource) {
@@ -87,7 +85,9 @@ void CGoogleEvenement::CopieObjet(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleE
     m_dtMiseAJour = pclSource->m_dtMiseAJour;
     m_dtDebut = pclSource->m_dtDebut;
     m_dtFin = pclSource->m_dtFin;
-    m_pclAuteur->CopieObjet(pclCtx, pclErreur, pclSource->m_pclAuteur);
+    m_sAuteurNom = pclSource->m_sAuteurNom;
+    m_sAuteurEmail = pclSource->m_sAuteurEmail;
+    __MajAuteur();
     // The children are copied too, so that the two events never share one.
     s_CopieEnfants(m_tabLieux, pclSource->m_tabLieux, pclCtx, pclErreur);
     s_CopieEnfants(m_tabParticipants, pclSource->m_tabParticipants, pclCtx, pclErreur);
@@ -95,8 +95,22 @@ void CGoogleEvenement::CopieObjet(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleE
 
 // ---- properties --------------------------------------------------------------------------
 
-IObjetBase* CGoogleEvenement::GetAuteur(CCtxInfo*, CXError*) const {
+// The author object is made at its first read: a list of events rarely shows one, and it is
+// the heaviest part of an event. It then follows the event's author fields.
+IObjetBase* CGoogleEvenement::GetAuteur(CCtxInfo*, CXError*) {
+    if (!m_pclAuteur) {
+        // A script-made author starts with no reference: the event takes the first.
+        m_pclAuteur = CAuthor::s_pclCreeObjet(nullptr, nullptr);
+        m_pclAuteur->vAddRef();
+        __MajAuteur();
+    }
     return m_pclAuteur->piGetObjetBase();
+}
+
+void CGoogleEvenement::__MajAuteur() {
+    if (!m_pclAuteur) return;
+    m_pclAuteur->ForceNom(nullptr, nullptr, m_sAuteurNom);
+    m_pclAuteur->ForceEmail(nullptr, nullptr, m_sAuteurEmail);
 }
 
 void* CGoogleEvenement::AccesseurParticipant(CCtxInfo*, CXError*) {
@@ -217,12 +231,8 @@ void CGoogleEvenement::_vSetProprieteFromJSON(std::wstring_view svChemin, CAny& 
         pcl->m_eEtatObjet = ETAT_SYNCHRONISE;
         m_tabLieux.Ajoute(pcl);
     } else if (sv == L"creator.email"sv || sv == L"creator.displayName"sv) {
-        CXYString<wchar_t> s;
-        s_CopieTexte(clValeur, s);
-        if (sv == L"creator.email"sv)
-            m_pclAuteur->ForceEmail(nullptr, nullptr, s);
-        else
-            m_pclAuteur->ForceNom(nullptr, nullptr, s);
+        s_CopieTexte(clValeur, sv == L"creator.email"sv ? m_sAuteurEmail : m_sAuteurNom);
+        __MajAuteur();
     }
 }
 

@@ -44,7 +44,7 @@ public:
     CDateTime GetDateMiseAJour(CCtxInfo*, CXError*) const { return m_dtMiseAJour; }
     void ForceDateMiseAJour(CCtxInfo*, CXError*, const CDateTime& clDate);
     CDateTime GetDatePublication(CCtxInfo*, CXError*) const { return {}; }
-    IObjetBase* GetAuteur(CCtxInfo*, CXError*) const;
+    IObjetBase* GetAuteur(CCtxInfo*, CXError*);
     void* AccesseurParticipant(CCtxInfo*, CXError*);
     void* AccesseurLieu(CCtxInfo*, CXError*);
 
@@ -74,6 +74,8 @@ protected:
 
 private:
     void __RAZ();
+    // The author object, when there is one, given the author fields.
+    void __MajAuteur();
     void __VideLieux();
     void __VideParticipants();
     // The new value of a date property, with its zone and its date-only flag; false when it
@@ -92,7 +94,9 @@ private:
     CDateTimeRFC3339 m_dtMiseAJour;
     CDateTimeRFC3339 m_dtDebut;
     CDateTimeRFC3339 m_dtFin;
-    CAuthor* m_pclAuteur; // one reference, for the event's life
+    CXYString<wchar_t> m_sAuteurNom;   // "creator.displayName"
+    CXYString<wchar_t> m_sAuteurEmail; // "creator.email"
+    CAuthor* m_pclAuteur = nullptr;    // made at the first read; then one reference
     CXArray<CWhere*> m_tabLieux;
     CXArray<CWho*> m_tabParticipants;
 };
