@@ -26,14 +26,7 @@ template <class F> void KllSousBarriere(CXError* pclErreur, F&& f) noexcept {
 
 // The same for a body that answers a value: on an exception the answer is vEchec.
 template <class R, class F> R KllSousBarriere(CXError* pclErreur, R vEchec, F&& f) noexcept {
-    try {
-        return f();
-    } catch (const std::bad_alloc&) {
-        KllErreurMemoire(pclErreur);
-    } catch (const std::exception& e) {
-        KllErreurInterne(pclErreur, e.what());
-    } catch (...) {
-        KllErreurInterne(pclErreur, nullptr);
-    }
-    return vEchec;
+    R vResultat = vEchec;
+    KllSousBarriere(pclErreur, [&] { vResultat = f(); });
+    return vResultat;
 }
