@@ -37,29 +37,28 @@ CXYString<char> czNomPartage(const char* pszNom) {
         return {};
     // Names come from the static rows: a few dozen texts, each asked for by one pointer. A
     // small cache of this thread answers by pointer, its text checked, since a pointer from
-    // elsewhere may later hold another text; the shared table answers the rest.
-    // The cache of the thread holds plain pointers into the shared table, whose entries stay
-    // put until the library ends: a thread-local with a destructor would keep the library
-    // mapped after the host's last dlclose.
+    // elsewhere may later hold another text; the shared table answers the rest. The cache only
+    // points into the table, which keeps its texts: it holds nothing that would need to be
+    // destroyed with the thread, so the library can still be unloaded.
     struct STCase {
         const char* psz;
-        const CXYString<char>* pcz;
+        char* pBloc;
     };
     thread_local STCase s_tabCache[64];
     STCase& stCase = s_tabCache[(reinterpret_cast<uintptr_t>(pszNom) >> 3) % 64];
-    if (stCase.psz == pszNom && std::strcmp(stCase.pcz->pszGet(), pszNom) == 0)
-        return *stCase.pcz;
+    if (stCase.psz == pszNom && std::strcmp(stCase.pBloc, pszNom) == 0)
+        return CXYString<char>::Retain(stCase.pBloc);
     static std::mutex s_mutex;
     static std::unordered_map<std::string_view, CXYString<char>> s_cache;
     std::lock_guard<std::mutex> verrou(s_mutex);
     auto it = s_cache.find(pszNom);
     if (it == s_cache.end()) {
-        // A name beyond the bound is simply copied.
-        if (s_cache.size() >= 4096)
-            return CXYString<char>(pszNom);
         CXYString<char> cz(pszNom);
+        // A name beyond the bound is simply copied.
+        if (s_cache.size() >= 4096 || cz.bVide())
+            return cz;
         it = s_cache.emplace(cz.sv(), cz).first;
     }
-    stCase = {pszNom, &it->second};
+    stCase = {pszNom, it->second.pGetBrut()};
     return it->second;
 }
