@@ -18,6 +18,7 @@
 #include <cstdio>
 #include <cstring>
 #include <strings.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #ifndef KVGGL_VERSION
@@ -41,6 +42,9 @@ struct STHTTPTransfer {
     curl_off_t nLastTotal = 0;
     bool bLastUpload = false;
     char szError[CURL_ERROR_SIZE] = {};
+    CURL* pCurl = nullptr;   // the handle of the transfer, for what the callbacks ask of it
+    bool bPrefilled = false; // clBody made at the announced length, filled up to nFilled
+    size_t nFilled = 0;
 };
 
 namespace {
@@ -101,13 +105,48 @@ size_t s_nOnHeader(char* p, size_t nSize, size_t nCount, void* pv) {
     return s_rNoThrow(pst, size_t{0}, [&] { return s_nAppendHeader(pst, p, nSize * nCount); });
 }
 
+// When the answer says its length (within the cap), the body's block is made that large at
+// its first piece and filled in place: growing it piece by piece would hold the old block and
+// the new one together at each step, half again the answer at peak.
+void s_Prefill(STHTTPTransfer* pst) {
+    curl_off_t nLength = -1;
+    curl_easy_getinfo(pst->pCurl, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &nLength);
+    if (nLength <= 0 || static_cast<size_t>(nLength) > pst->nMaxBody)
+        return;
+    // Copied from pages of zeros that the system maps without memory behind them.
+    auto nSize = static_cast<size_t>(nLength);
+    void* pZeros = ::mmap(nullptr, nSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pZeros == MAP_FAILED)
+        return;
+    pst->bPrefilled = KV_bSucces(pst->clBody.nAssign(pZeros, nSize));
+    ::munmap(pZeros, nSize);
+}
+
+// The body as received so far, a block made larger at first cut to what came.
+void s_EndBody(STHTTPTransfer* pst) {
+    if (pst->bPrefilled)
+        pst->clBody.Tronque(pst->nFilled);
+    pst->bPrefilled = false;
+}
+
 size_t s_nOnBody(char* p, size_t nSize, size_t nCount, void* pv) {
     auto* pst = static_cast<STHTTPTransfer*>(pv);
     size_t nBytes = nSize * nCount;
-    if (nBytes > pst->nMaxBody - std::min(pst->nMaxBody, pst->clBody.nGetTaille())) {
+    size_t nHeld = pst->bPrefilled ? pst->nFilled : pst->clBody.nGetTaille();
+    if (nBytes > pst->nMaxBody - std::min(pst->nMaxBody, nHeld)) {
         pst->bTooLarge = true;
         return 0; // libcurl stops with CURLE_WRITE_ERROR
     }
+    if (nHeld == 0 && !pst->bPrefilled)
+        s_Prefill(pst);
+    if (pst->bPrefilled && nBytes <= pst->clBody.nGetTaille() - pst->nFilled) {
+        // The block is this transfer's alone (one reference): written in place.
+        std::memcpy(const_cast<unsigned char*>(pst->clBody.pGetDonnees()) + pst->nFilled, p,
+                    nBytes);
+        pst->nFilled += nBytes;
+        return nBytes;
+    }
+    s_EndBody(pst); // more than announced: appended from here on
     int nResult = pst->clBody.nConcat(p, nBytes);
     if (!KV_bSucces(nResult)) {
         (nResult == KV_ERR_MEMOIRE ? pst->bNoMemory : pst->bTooLarge) = true;
@@ -613,6 +652,7 @@ bool CHTTPClient::_bRoute(const STRequest& stRequest, STTarget& st) {
 bool CHTTPClient::_bPerform(const STRequest& stRequest, const STTarget& stTarget,
                             STHTTPTransfer& stTransfer, int& nCode) {
     stTransfer.nMaxBody = m_stOptions.nMaxBody;
+    stTransfer.pCurl = static_cast<CURL*>(m_pCurl);
     stTransfer.bProgress = m_stOptions.eProgress == HOSTPROGRESS_ALWAYS ||
                            (m_stOptions.eProgress == HOSTPROGRESS_AUTO && ::isatty(STDERR_FILENO));
     stTransfer.sProgressLabel = std::string(stRequest.pszVerb) + " " + stTarget.sPeer;
@@ -631,6 +671,7 @@ bool CHTTPClient::_bPerform(const STRequest& stRequest, const STTarget& stTarget
     _Configure(stRequest, stTarget, stTransfer);
     curl_easy_setopt(pCurl, CURLOPT_HTTPHEADER, pHeaderList);
     nCode = curl_easy_perform(pCurl);
+    s_EndBody(&stTransfer);
     if (stTransfer.bProgressShown)
         s_ShowProgress(stTransfer, true);
     curl_easy_setopt(pCurl, CURLOPT_HTTPHEADER, nullptr);
