@@ -94,29 +94,6 @@ void s_Answer(int& nFd, int nCode, const char* pszReason, const char* pszPage) {
     s_Close(nFd);
 }
 
-int s_nHex(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
-std::string s_sPercentDecode(std::string_view sv) {
-    std::string s;
-    for (size_t i = 0; i < sv.size(); ++i) {
-        if (sv[i] == '%' && i + 2 < sv.size() && s_nHex(sv[i + 1]) >= 0 && s_nHex(sv[i + 2]) >= 0) {
-            s += static_cast<char>(s_nHex(sv[i + 1]) * 16 + s_nHex(sv[i + 2]));
-            i += 2;
-        } else {
-            s += sv[i] == '+' ? ' ' : sv[i];
-        }
-    }
-    return s;
-}
-
 std::string s_sSeconds(long nMs) {
     char sz[32];
     std::snprintf(sz, sizeof sz, "%g s", static_cast<double>(nMs) / 1000.0);
@@ -250,28 +227,6 @@ const char* const kszPageError =
     "</head><body><p>The sign-in did not complete: the provider answered with an error. Return to "
     "the application to see why.</p></body></html>";
 
-// The value of a query parameter of a URL or request target; false when it has none.
-bool s_bQueryValue(std::string_view svTarget, std::string_view svName, std::string& sValue) {
-    size_t nMark = svTarget.find('?');
-    if (nMark == std::string_view::npos)
-        return false;
-    std::string_view svQuery = svTarget.substr(nMark + 1);
-    svQuery = svQuery.substr(0, svQuery.find('#'));
-    while (!svQuery.empty()) {
-        size_t nAmp = svQuery.find('&');
-        std::string_view svPiece = svQuery.substr(0, nAmp);
-        svQuery = nAmp == std::string_view::npos ? std::string_view{} : svQuery.substr(nAmp + 1);
-        size_t nEquals = svPiece.find('=');
-        if (svPiece.substr(0, nEquals) == svName) {
-            sValue = nEquals == std::string_view::npos
-                         ? std::string()
-                         : s_sPercentDecode(svPiece.substr(nEquals + 1));
-            return true;
-        }
-    }
-    return false;
-}
-
 } // namespace
 
 // A connection to the redirect address, and what it sent so far.
@@ -394,7 +349,8 @@ bool CLoginDialogue::_bPrepare(const wchar_t* pszURLLogin, const wchar_t* pszNom
     st.sFunction = pszNomFonction ? KVUtf8::VersUtf8(pszNomFonction) : std::string();
     // A consent page without a client cannot be answered: say so now rather than wait for a
     // browser that will never come back.
-    if (std::string sClient; s_bQueryValue(st.sUrl, "client_id", sClient) && sClient.empty())
+    if (std::string sClient;
+        CRouting::s_bQueryValue(st.sUrl, "client_id", sClient) && sClient.empty())
         return Fail(HOSTERROR_LOGIN_CLIENT,
                     "The sign-in address has no client: set ClientID (the OAuth client of the "
                     "application) before logging in");
@@ -418,8 +374,8 @@ bool CLoginDialogue::_bPrepare(const wchar_t* pszURLLogin, const wchar_t* pszNom
     }
     // A code asked without a proof key: the host adds its own (Pkce.h).
     std::string sType, sChallenge;
-    if (s_bQueryValue(st.sUrl, "response_type", sType) && sType == "code" &&
-        !s_bQueryValue(st.sUrl, "code_challenge", sChallenge)) {
+    if (CRouting::s_bQueryValue(st.sUrl, "response_type", sType) && sType == "code" &&
+        !CRouting::s_bQueryValue(st.sUrl, "code_challenge", sChallenge)) {
         if (!KVPkce::bNew(st.sVerifier, sChallenge))
             return Fail(HOSTERROR_LOGIN_RANDOM, "No random value could be drawn for the sign-in");
         size_t nFragment = std::min(st.sUrl.find('#'), st.sUrl.size());
@@ -546,15 +502,17 @@ void CLoginDialogue::_Serve(STSignIn& st, STClient& stClient, size_t nHeadEnd) {
     if (svPath != "/" || svMethod != "GET")
         return s_Answer(stClient.nFd, 404, "Not Found", kszPageNotFound);
     std::string sState;
-    if (st.bMarker && (!s_bQueryValue(svTarget, "state", sState) || sState != st.sState)) {
+    if (st.bMarker &&
+        (!CRouting::s_bQueryValue(svTarget, "state", sState) || sState != st.sState)) {
         ++st.nRefusedStates;
         return s_Answer(stClient.nFd, 400, "Bad Request", kszPageRefused);
     }
     st.sHead = stClient.sReceived.substr(0, nHeadEnd + 2);
-    if (std::string sCode; !st.sVerifier.empty() && s_bQueryValue(svTarget, "code", sCode))
+    if (std::string sCode;
+        !st.sVerifier.empty() && CRouting::s_bQueryValue(svTarget, "code", sCode))
         KVPkce::Remember(sCode, st.sVerifier);
     std::string sProviderError;
-    bool bError = s_bQueryValue(svTarget, "error", sProviderError);
+    bool bError = CRouting::s_bQueryValue(svTarget, "error", sProviderError);
     s_Answer(stClient.nFd, 200, "OK", bError ? kszPageError : kszPageDone);
 }
 

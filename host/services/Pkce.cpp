@@ -1,5 +1,7 @@
 #include "Pkce.h"
 
+#include "Routing.h"
+
 #include <openssl/sha.h>
 #include <sys/random.h>
 
@@ -35,44 +37,6 @@ std::string s_sBase64Url(const unsigned char* p, size_t n) {
     return s; // unpadded, as PKCE wants it
 }
 
-int s_nHex(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
-std::string s_sDecode(std::string_view sv) {
-    std::string s;
-    for (size_t i = 0; i < sv.size(); ++i) {
-        if (sv[i] == '%' && i + 2 < sv.size() && s_nHex(sv[i + 1]) >= 0 && s_nHex(sv[i + 2]) >= 0) {
-            s += static_cast<char>(s_nHex(sv[i + 1]) * 16 + s_nHex(sv[i + 2]));
-            i += 2;
-        } else {
-            s += sv[i] == '+' ? ' ' : sv[i];
-        }
-    }
-    return s;
-}
-
-// The value of a form field, decoded; false when absent.
-bool s_bField(std::string_view svBody, std::string_view svName, std::string& sValue) {
-    while (!svBody.empty()) {
-        size_t nAmp = svBody.find('&');
-        std::string_view svPiece = svBody.substr(0, nAmp);
-        svBody = nAmp == std::string_view::npos ? std::string_view{} : svBody.substr(nAmp + 1);
-        size_t nEquals = svPiece.find('=');
-        if (nEquals != std::string_view::npos && svPiece.substr(0, nEquals) == svName) {
-            sValue = s_sDecode(svPiece.substr(nEquals + 1));
-            return true;
-        }
-    }
-    return false;
-}
-
 } // namespace
 
 namespace KVPkce {
@@ -104,8 +68,9 @@ void Remember(const std::string& sCode, const std::string& sVerifier) {
 
 bool bAddVerifier(std::string& sBody) {
     std::string sGrant, sCode, sOwn;
-    if (!s_bField(sBody, "grant_type", sGrant) || sGrant != "authorization_code" ||
-        !s_bField(sBody, "code", sCode) || s_bField(sBody, "code_verifier", sOwn))
+    if (!CRouting::s_bFormValue(sBody, "grant_type", sGrant) || sGrant != "authorization_code" ||
+        !CRouting::s_bFormValue(sBody, "code", sCode) ||
+        CRouting::s_bFormValue(sBody, "code_verifier", sOwn))
         return false;
     std::lock_guard guard(gmutexCodes);
     for (auto it = gtabCodes.begin(); it != gtabCodes.end(); ++it) {

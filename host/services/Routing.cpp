@@ -185,6 +185,57 @@ std::string CRouting::sDescribe() const {
     return s;
 }
 
+namespace {
+
+int s_nHex(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+std::string s_sPercentDecode(std::string_view sv) {
+    std::string s;
+    for (size_t i = 0; i < sv.size(); ++i) {
+        if (sv[i] == '%' && i + 2 < sv.size() && s_nHex(sv[i + 1]) >= 0 && s_nHex(sv[i + 2]) >= 0) {
+            s += static_cast<char>(s_nHex(sv[i + 1]) * 16 + s_nHex(sv[i + 2]));
+            i += 2;
+        } else {
+            s += sv[i] == '+' ? ' ' : sv[i];
+        }
+    }
+    return s;
+}
+
+} // namespace
+
+bool CRouting::s_bFormValue(std::string_view svForm, std::string_view svName, std::string& sValue) {
+    while (!svForm.empty()) {
+        size_t nAmp = svForm.find('&');
+        std::string_view svPiece = svForm.substr(0, nAmp);
+        svForm = nAmp == std::string_view::npos ? std::string_view{} : svForm.substr(nAmp + 1);
+        size_t nEquals = svPiece.find('=');
+        if (svPiece.substr(0, nEquals) == svName) {
+            sValue = nEquals == std::string_view::npos
+                         ? std::string()
+                         : s_sPercentDecode(svPiece.substr(nEquals + 1));
+            return true;
+        }
+    }
+    return false;
+}
+
+bool CRouting::s_bQueryValue(std::string_view svUrl, std::string_view svName, std::string& sValue) {
+    size_t nMark = svUrl.find('?');
+    if (nMark == std::string_view::npos)
+        return false;
+    std::string_view svQuery = svUrl.substr(nMark + 1);
+    return s_bFormValue(svQuery.substr(0, svQuery.find('#')), svName, sValue);
+}
+
 bool CRouting::bFind(const STUrlParts& stParts, STTarget& stTarget) const {
     std::string sHostLower = s_sLower(stParts.sHost);
     for (const STEntry& st : m_tabEntries) {

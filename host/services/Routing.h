@@ -47,6 +47,11 @@ public:
     // Splits an http or https URL; false for anything else.
     static bool s_bSplitUrl(std::string_view sUrl, STUrlParts& stParts);
 
+    // The value of a field of a form ("a=1&b=2") or of the query of a URL or request target
+    // (what follows "?", up to "#"), percent- and plus-decoded; false when it has none.
+    static bool s_bFormValue(std::string_view svForm, std::string_view svName, std::string& sValue);
+    static bool s_bQueryValue(std::string_view svUrl, std::string_view svName, std::string& sValue);
+
     // The address serving that origin; false when it is not routed.
     bool bFind(const STUrlParts& stParts, STTarget& stTarget) const;
 
