@@ -7,6 +7,7 @@
 #include "GoogleDrive.h"
 #include "GoogleMaps.h"
 #include "OAuthProvider.h"
+#include "Salesforce.h"
 
 namespace {
 const STServiceRow s_tabRows[] = {
@@ -20,6 +21,9 @@ const STServiceRow s_tabRows[] = {
     {"www.facebook.com", "", &CFacebookDialogue::s_pCreate},
     {"graph.facebook.com", "", &CFacebookGraph::s_pCreate},
     {"login.tenant.test", "", &COAuthProvider::s_pCreateTenant},
+    {"login.salesforce.com", "", &CSalesforce::s_pCreate},
+    {"test.salesforce.com", "", &CSalesforce::s_pCreate},
+    {CSalesforce::ms_pszInstance, "", &CSalesforce::s_pCreate},
 };
 } // namespace
 

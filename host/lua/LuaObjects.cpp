@@ -89,6 +89,13 @@ int s_nObjetIndex(lua_State* L) {
         CLuaObjects::ms_pfnPushFunction(L, nFonction);
         return 1;
     }
+    // A record's own fields, known only to the object.
+    if (gpclHost->bHasDynamic(pi)) {
+        if (!gpclHost->bGetDynamic(pi, svNom, st) || st.bError)
+            return s_nPushError(L, st);
+        CLuaValues::s_Push(L, st.clValue);
+        return 1;
+    }
     return KVLua::nPushMessage(L, s_sNomClasse(nClasse) + " has no property, collection or function '" +
                                  std::string(svNom) + "'");
 }
@@ -104,6 +111,16 @@ int s_nObjetNewIndex(lua_State* L) {
     const char* psz = lua_tolstring(L, 2, &nLongueur);
     std::string sNom(psz, nLongueur);
     int m = gpclHost->clTables().nFindMember(nClasse, sNom);
+    if (m == INT32_MIN && gpclHost->bHasDynamic(pi)) {
+        CHostValue clValeur;
+        std::string sPourquoi;
+        if (!CLuaValues::s_bToHost(L, 3, clValeur, sPourquoi))
+            return KVLua::nPushMessage(L, "bad value for member '" + sNom + "' (" + sPourquoi + ")");
+        STHostOutcome st;
+        if (!gpclHost->bSetDynamic(pi, sNom, clValeur, st) || st.bError)
+            return s_nPushError(L, st);
+        return 0;
+    }
     if (m == INT32_MIN)
         return KVLua::nPushMessage(L, s_sNomClasse(nClasse) + " has no property '" + sNom + "'");
     if (m < 0)
@@ -153,13 +170,21 @@ int s_lNext(lua_State* L) {
     return 1;
 }
 
-// pairs(obj): the properties that read, with their values.
+// pairs(obj): the properties that read, with their values; for a record, its own fields.
 int s_nObjetPairs(lua_State* L) {
     IObjetBase* pi = CLuaObjects::s_piObject(L, 1);
     const auto* pstC = pi ? s_pstClasse(gpclHost->nClassOf(pi)) : nullptr;
     lua_pushcfunction(L, s_lNext);
     lua_createtable(L, 0, pstC ? static_cast<int>(pstC->tabProperties.size()) : 0);
-    if (pstC) {
+    if (gpclHost->bHasDynamic(pi)) {
+        std::vector<std::pair<std::string, CHostValue>> tab;
+        STHostOutcome st;
+        if (gpclHost->bListDynamic(pi, tab, st))
+            for (const auto& [sNom, clValeur] : tab) {
+                CLuaValues::s_Push(L, clValeur);
+                lua_setfield(L, -2, sNom.c_str());
+            }
+    } else if (pstC) {
         for (size_t p = 0; p < pstC->tabProperties.size(); ++p) {
             STHostOutcome st;
             if (!gpclHost->bGet(pi, static_cast<int>(p), st) || st.bError)

@@ -5,6 +5,8 @@
 #include "HostServices.h"
 #include "KLLibraryInterface.h"
 #include "ObjectSerializer.h"
+#include "Any.h"
+#include "ObjetValeur.h"
 #include "SyntaxChooser.h"
 #include "Utf8.h"
 
@@ -428,6 +430,73 @@ bool CHost::bGet(IObjetBase* piObjet, int nProperty, STHostOutcome& st) {
         return st.bRefuse("property " + s_sQuote(stP.sName) + " of " + stC.sName +
                           " holds a value of type " + std::to_string(clCtx.m_nReturnType) +
                           ", which this host cannot hold");
+    return true;
+}
+
+bool CHost::bHasDynamic(IObjetBase* piObjet) const {
+    return piObjet && piObjet->vpiGetIObjetValeur();
+}
+
+bool CHost::bGetDynamic(IObjetBase* piObjet, std::string_view svName, STHostOutcome& st) {
+    st = {};
+    IObjetValeur* pi = piObjet ? piObjet->vpiGetIObjetValeur() : nullptr;
+    if (!pi)
+        return st.bRefuse("the object has no members beyond its class");
+    const std::wstring sNom = KVUtf8::VersWide(svName);
+    CCallContext clCtx(&m_clVM);
+    CXError clErreur;
+    CAny clValeur;
+    pi->veGetValeurAny(CNomStandard(sNom.c_str(), sNom.size()), &clValeur, 0, &clCtx, &clErreur);
+    st.TakeError(clErreur);
+    if (!st.bError && !CHostValue::s_bFromAny(clValeur, st.clValue))
+        return st.bRefuse("member '" + std::string(svName) + "' holds a value this host cannot hold");
+    return true;
+}
+
+bool CHost::bSetDynamic(IObjetBase* piObjet, std::string_view svName, const CHostValue& clValeur,
+                        STHostOutcome& st) {
+    st = {};
+    IObjetValeur* pi = piObjet ? piObjet->vpiGetIObjetValeur() : nullptr;
+    if (!pi)
+        return st.bRefuse("the object has no members beyond its class");
+    CXError clErreur;
+    CAny clAny;
+    if (!clValeur.bToAny(clAny, &clErreur))
+        return st.bRefuse("member '" + std::string(svName) + "' cannot take that value");
+    const std::wstring sNom = KVUtf8::VersWide(svName);
+    CCallContext clCtx(&m_clVM);
+    pi->veSetValeurAny(CNomStandard(sNom.c_str(), sNom.size()), &clAny, 0, &clCtx, &clErreur);
+    st.TakeError(clErreur);
+    return true;
+}
+
+namespace {
+class CListeMembres final : public IObjetValeur::IVisiteurValeur {
+public:
+    explicit CListeMembres(std::vector<std::pair<std::string, CHostValue>>& tab) : m_tab(tab) {}
+    int veVisiteValeur(const CNomStandard& clNom, const CAny& clValeur) override {
+        CHostValue cl;
+        if (CHostValue::s_bFromAny(clValeur, cl))
+            m_tab.emplace_back(KVUtf8::VersUtf8(clNom.sv()), std::move(cl));
+        return 0;
+    }
+
+private:
+    std::vector<std::pair<std::string, CHostValue>>& m_tab;
+};
+} // namespace
+
+bool CHost::bListDynamic(IObjetBase* piObjet, std::vector<std::pair<std::string, CHostValue>>& tab,
+                         STHostOutcome& st) {
+    st = {};
+    IObjetValeur* pi = piObjet ? piObjet->vpiGetIObjetValeur() : nullptr;
+    if (!pi)
+        return st.bRefuse("the object has no members beyond its class");
+    CCallContext clCtx(&m_clVM);
+    CXError clErreur;
+    CListeMembres clListe(tab);
+    pi->veParcourtValeur(&clListe, &clCtx, &clErreur);
+    st.TakeError(clErreur);
     return true;
 }
 

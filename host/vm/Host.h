@@ -94,6 +94,16 @@ public:
     bool bSet(IObjetBase* piObjet, std::string_view svProperty, const CHostValue& clValeur,
               STHostOutcome& st);
 
+    // The members beyond the class table, by name, of an object that offers them
+    // (IObjetValeur); a refusal for any other object.
+    bool bHasDynamic(IObjetBase* piObjet) const;
+    bool bGetDynamic(IObjetBase* piObjet, std::string_view svName, STHostOutcome& st);
+    bool bSetDynamic(IObjetBase* piObjet, std::string_view svName, const CHostValue& clValeur,
+                     STHostOutcome& st);
+    // Every member in the object's order, with its value.
+    bool bListDynamic(IObjetBase* piObjet, std::vector<std::pair<std::string, CHostValue>>& tab,
+                      STHostOutcome& st);
+
     bool bCollection(IObjetBase* piObjet, int nAccessor, CRef<IObjetCollection>& clCollection,
                      STHostOutcome& st);
     bool bCollection(IObjetBase* piObjet, std::string_view svAccessor,
