@@ -34,16 +34,16 @@ struct STSchema {
 };
 const std::vector<STSchema>& s_Schemas() {
     static const std::vector<STSchema> s = {
-        {"Account", "001", {"*Name", "Phone", "Industry", "BillingCity", "Website", "AccountNumber",
+        {"Account", "001", {"LastModifiedDate", "*Name", "Phone", "Industry", "BillingCity", "Website", "AccountNumber",
                             "External_Id__c", "NumberOfEmployees", "CreatedDate"}},
-        {"Contact", "003", {"*LastName", "FirstName", "Name", "Email", "Phone", "AccountId", "Title",
+        {"Contact", "003", {"LastModifiedDate", "*LastName", "FirstName", "Name", "Email", "Phone", "AccountId", "Title",
                             "CreatedDate"}},
-        {"Lead", "00Q", {"*LastName", "*Company", "FirstName", "Name", "Email", "Status", "LeadSource",
+        {"Lead", "00Q", {"LastModifiedDate", "*LastName", "*Company", "FirstName", "Name", "Email", "Status", "LeadSource",
                          "IsConverted", "ConvertedAccountId", "ConvertedContactId",
                          "ConvertedOpportunityId", "CreatedDate"}},
-        {"Opportunity", "006", {"*Name", "*StageName", "*CloseDate", "Amount", "AccountId",
+        {"Opportunity", "006", {"LastModifiedDate", "*Name", "*StageName", "*CloseDate", "Amount", "AccountId",
                                 "CreatedDate"}},
-        {"Case", "500", {"Subject", "Status", "Priority", "AccountId", "ContactId", "CreatedDate"}},
+        {"Case", "500", {"LastModifiedDate", "Subject", "Status", "Priority", "AccountId", "ContactId", "CreatedDate"}},
     };
     return s;
 }
@@ -635,12 +635,39 @@ void CSalesforce::Call(const std::string& sOp, const pugi::xml_node& op, const s
             if (sErr.empty()) {
                 p->bDeleted = sOp == "delete";
                 p->bPurged = sOp == "emptyRecycleBin";
+                p->sDeletedDate = p->bDeleted ? s_sNow() : "";
+                p->Set("LastModifiedDate", s_sNow());
             }
             sResult += "<result>" + sErr + "<id>" + (p ? p->sId : sId) + "</id><success>" +
                        (sErr.empty() ? "true" : "false") + "</success></result>";
         }
     } else if (sOp == "convertLead") {
         sResult = sConvert(op);
+    } else if (sOp == "getDeleted" || sOp == "getUpdated") {
+        if (!s_pSchema(s_Child(op, "sObjectType").text().get()))
+            return s_Fault(res, "INVALID_TYPE", std::string("sObject type '") +
+                                                    s_Child(op, "sObjectType").text().get() +
+                                                    "' is not supported.");
+        sResult = sChanges(op, sOp == "getDeleted");
+    } else if (sOp == "merge") {
+        sResult = sMerge(op);
+    } else if (sOp == "process") {
+        // Every record has an approval process here: a submission or a work item answers pending.
+        for (const pugi::xml_node& n : s_Children(op, "actions")) {
+            std::string sEntity = s_Child(n, "objectId").text().get();
+            if (sEntity.empty())
+                sEntity = s_Child(n, "workitemId").text().get();
+            const bool bKnown = !sEntity.empty() && pFind(sEntity);
+            const std::string sInstance = std::to_string(m_nNextLocator++);
+            const std::string sWorkitem = std::to_string(m_nNextLocator++);
+            sResult += "<result><actorIds>005500000000001AAA</actorIds>";
+            sResult += bKnown ? "" : s_sError("INVALID_CROSS_REFERENCE_KEY", "invalid cross reference id");
+            sResult += "<entityId>" + s_sEscape(sEntity) + "</entityId><instanceId>04g5000000000" +
+                       sInstance + "AAA</instanceId><instanceStatus>" +
+                       (bKnown ? "Pending" : "") + "</instanceStatus><newWorkitemIds>04i500000000" +
+                       sWorkitem + "AAA</newWorkitemIds><success>" +
+                       (bKnown ? "true" : "false") + "</success></result>";
+        }
     } else if (sOp == "invalidateSessions") {
         for (const pugi::xml_node& n : s_Children(op, "sessionIds")) {
             bool b = m_Emulator.Tokens().bRevoke(n.text().get());
@@ -659,6 +686,74 @@ void CSalesforce::Call(const std::string& sOp, const pugi::xml_node& op, const s
         return s_Fault(res, sCode, sMessage);
     res.SetBody(200, "text/xml; charset=utf-8",
                 s_sEnvelope("<" + sOp + "Response>" + sResult + "</" + sOp + "Response>"));
+}
+
+// getDeleted and getUpdated: the records of the kind deleted, or changed, between the two
+// dates (compared to the second: the zone is the service's).
+std::string CSalesforce::sChanges(const pugi::xml_node& op, bool bDeleted) {
+    const std::string sType = s_pSchema(s_Child(op, "sObjectType").text().get())->pszType;
+    const std::string sFrom = std::string(s_Child(op, "startDate").text().get()).substr(0, 19);
+    const std::string sTo = std::string(s_Child(op, "endDate").text().get()).substr(0, 19);
+    std::string s = "<result>";
+    for (const STRecord& r : m_tabRecords) {
+        const std::string* pModified = r.pField("LastModifiedDate");
+        const std::string sWhen = bDeleted ? r.sDeletedDate : pModified ? *pModified : "";
+        if (r.sType != sType || r.bDeleted != bDeleted || sWhen.empty() ||
+            sWhen.substr(0, 19) < sFrom || sWhen.substr(0, 19) > sTo)
+            continue;
+        s += bDeleted ? "<deletedRecords><deletedDate>" + sWhen + "</deletedDate><id>" + r.sId +
+                            "</id></deletedRecords>"
+                      : "<ids>" + r.sId + "</ids>";
+    }
+    if (bDeleted)
+        s += "<earliestDateAvailable>2026-01-01T00:00:00.000Z</earliestDateAvailable>";
+    return s + "<latestDateCovered>" + sTo + ".000Z</latestDateCovered></result>";
+}
+
+// merge: the master takes the fields given, the others are deleted and their related records
+// follow the master.
+std::string CSalesforce::sMerge(const pugi::xml_node& op) {
+    std::string s;
+    for (const pugi::xml_node& n : s_Children(op, "request")) {
+        pugi::xml_node master = s_Child(n, "masterRecord");
+        STRecord* pMaster = pFind(s_Child(master, "Id").text().get());
+        std::vector<std::string> tabMerged;
+        for (const pugi::xml_node& m : s_Children(n, "recordToMergeIds"))
+            tabMerged.push_back(m.text().get());
+        std::string sErr;
+        if (!pMaster || pMaster->bDeleted)
+            sErr = s_sError("INVALID_CROSS_REFERENCE_KEY", "invalid cross reference id");
+        for (const std::string& sId : tabMerged) {
+            const STRecord* p = pFind(sId);
+            if (sErr.empty() && (!p || p->bDeleted || p->sType != pMaster->sType || p == pMaster))
+                sErr = s_sError("INVALID_ID_FIELD", "invalid record to merge: " + sId);
+        }
+        std::string sRelated;
+        if (sErr.empty()) {
+            for (pugi::xml_node c = master.first_child(); c; c = c.next_sibling()) {
+                std::string sName = s_pszLocal(c.name());
+                if (c.type() == pugi::node_element && sName != "type" && sName != "Id")
+                    pMaster->Set(sName, c.text().get());
+            }
+            const std::string sMasterId = pMaster->sId, sRef = pMaster->sType + "Id";
+            for (const std::string& sId : tabMerged) {
+                STRecord* p = pFind(sId);
+                p->bDeleted = true;
+                p->sDeletedDate = s_sNow();
+                for (STRecord& r : m_tabRecords)
+                    if (r.pField(sRef) && *r.pField(sRef) == p->sId) {
+                        r.Set(sRef, sMasterId);
+                        sRelated += "<updatedRelatedIds>" + r.sId + "</updatedRelatedIds>";
+                    }
+            }
+        }
+        s += "<result>" + sErr + (sErr.empty() ? "<id>" + pMaster->sId + "</id>" : "<id xsi:nil=\"true\"/>");
+        for (const std::string& sId : sErr.empty() ? tabMerged : std::vector<std::string>())
+            s += "<mergedRecordIds>" + sId + "</mergedRecordIds>";
+        s += std::string("<success>") + (sErr.empty() ? "true" : "false") + "</success>" + sRelated +
+             "</result>";
+    }
+    return s;
 }
 
 std::string CSalesforce::sQuery(const std::string& sSoql, bool bAll, std::string& sCode,
@@ -980,11 +1075,12 @@ std::string CSalesforce::sSave(const pugi::xml_node& op, const std::string& sMod
             }
         }
         if (sErr.empty() && bCreated) {
-            m_tabRecords.push_back({pSchema->pszType, sNewId(pSchema->pszType), {}, false, false});
+            m_tabRecords.push_back({pSchema->pszType, sNewId(pSchema->pszType), {}, false, false, {}});
             pRecord = &m_tabRecords.back();
             pRecord->Set("CreatedDate", s_sNow());
         }
         if (sErr.empty()) {
+            pRecord->Set("LastModifiedDate", s_sNow());
             for (const auto& [k, v] : tabValues)
                 pRecord->Set(k, v);
             for (const std::string& f : tabNull)
@@ -1025,10 +1121,10 @@ std::string CSalesforce::sConvert(const pugi::xml_node& op) {
                           sFirst = fnField("FirstName");
         std::string sAccount = s_Child(n, "accountId").text().get();
         if (sAccount.empty()) {
-            m_tabRecords.push_back({"Account", sNewId("Account"), {{"Name", sCompany}}, false, false});
+            m_tabRecords.push_back({"Account", sNewId("Account"), {{"Name", sCompany}}, false, false, {}});
             sAccount = m_tabRecords.back().sId;
         }
-        m_tabRecords.push_back({"Contact", sNewId("Contact"), {{"AccountId", sAccount}}, false, false});
+        m_tabRecords.push_back({"Contact", sNewId("Contact"), {{"AccountId", sAccount}}, false, false, {}});
         m_tabRecords.back().Set("FirstName", sFirst);
         m_tabRecords.back().Set("LastName", sLast);
         const std::string sContact = m_tabRecords.back().sId;
@@ -1039,7 +1135,7 @@ std::string CSalesforce::sConvert(const pugi::xml_node& op) {
             m_tabRecords.push_back({"Opportunity", sNewId("Opportunity"),
                                     {{"Name", sName.empty() ? sCompany + "-" : sName},
                                      {"StageName", "Prospecting"}, {"AccountId", sAccount}},
-                                    false, false});
+                                    false, false, {}});
             sOpportunity = m_tabRecords.back().sId;
         }
         pLead = pFind(sLead); // the pushes may have moved it

@@ -32,6 +32,7 @@ public:
         std::vector<std::pair<std::string, std::string>> tabFields; // Id not among them
         bool bDeleted = false;
         bool bPurged = false;
+        std::string sDeletedDate;
         const std::string* pField(std::string_view svName) const;
         void Set(const std::string& sName, const std::string& sValue);
     };
@@ -48,6 +49,8 @@ private:
     std::string sSearch(const std::string& sSosl, std::string& sFaultCode, std::string& sFaultMsg);
     std::string sSave(const pugi::xml_node& op, const std::string& sMode);
     std::string sConvert(const pugi::xml_node& op);
+    std::string sChanges(const pugi::xml_node& op, bool bDeleted);
+    std::string sMerge(const pugi::xml_node& op);
     STRecord* pFind(std::string_view svId);
     std::string sNewId(const std::string& sType);
 

@@ -389,24 +389,67 @@ IKLTableau* CSFConnexion::SFModifie(CCtxInfo* pclCtx, CXError* pclErreur, IKLTab
     return _piSFCreeModifie(pclCtx, pclErreur, "upsert", piObjets, pszChamp ? pszChamp : L"");
 }
 
-IKLTableau* CSFConnexion::SFConvertitPiste(CCtxInfo* pclCtx, CXError* pclErreur,
-                                           IKLTableau* piConversions) {
+IKLTableau* CSFConnexion::_piAppelObjets(CCtxInfo* pclCtx, CXError* pclErreur,
+                                         const char* pszOperation, const wchar_t* pszNom,
+                                         IKLTableau* piObjets, PFNXMLCREATION pfnCreation,
+                                         ITypeDescription* piType, bool bVerifie) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckLogin(pclErreur))
-        return s_piTableauVide(piVM, pclErreur, CSFLeadConvertResult::ms_piType);
+        return s_piTableauVide(piVM, pclErreur, piType);
     CSoapParametres clParametres;
-    for (int i = 0; piConversions && i < piConversions->vnGetNbElement(); ++i) {
+    for (int i = 0; piObjets && i < piObjets->vnGetNbElement(); ++i) {
         CAny clElement;
-        if (!piConversions->vbGetElement(i, clElement, pclErreur))
+        if (!piObjets->vbGetElement(i, clElement, pclErreur))
             return nullptr;
-        if (CSFLeadConvert* pcl = s_pclObjetDe<CSFLeadConvert>(clElement))
-            clParametres.Ajoute(L"leadConverts", pcl);
+        auto* pi = static_cast<IObjetBase*>(clElement.piGetObjet());
+        CObjetComposanteBase* pcl = pi ? CObjetComposanteBase::s_pclDepuisObjetBase(pi) : nullptr;
+        if (auto* pclXml = dynamic_cast<CXmlObjectMulti*>(pcl))
+            clParametres.Ajoute(pszNom, pclXml);
     }
-    IKLTableau* pi = _piSFAppelSOAPRenvoieTableau(piVM, pclErreur, "convertLead", &clParametres,
-                                                  &s_pclCreePourHote<CSFLeadConvertResult>,
-                                                  CSFLeadConvertResult::ms_piType);
-    s_VerifieResultats(pi, pclErreur);
+    IKLTableau* pi = _piSFAppelSOAPRenvoieTableau(piVM, pclErreur, pszOperation, &clParametres,
+                                                  pfnCreation, piType);
+    if (bVerifie)
+        s_VerifieResultats(pi, pclErreur);
     return pi;
+}
+
+IKLTableau* CSFConnexion::SFConvertitPiste(CCtxInfo* pclCtx, CXError* pclErreur,
+                                           IKLTableau* piConversions) {
+    return _piAppelObjets(pclCtx, pclErreur, "convertLead", L"leadConverts", piConversions,
+                          &s_pclCreePourHote<CSFLeadConvertResult>, CSFLeadConvertResult::ms_piType,
+                          true);
+}
+IKLTableau* CSFConnexion::SFFusionne(CCtxInfo* pclCtx, CXError* pclErreur, IKLTableau* piRequetes) {
+    return _piAppelObjets(pclCtx, pclErreur, "merge", L"request", piRequetes,
+                          &s_pclCreePourHote<CSFMergeResult>, CSFMergeResult::ms_piType, true);
+}
+// Submit and work item requests alike go as "actions"; a process's results are not checked.
+IKLTableau* CSFConnexion::SFExecuteTraitement(CCtxInfo* pclCtx, CXError* pclErreur,
+                                              IKLTableau* piActions) {
+    return _piAppelObjets(pclCtx, pclErreur, "process", L"actions", piActions,
+                          &s_pclCreePourHote<CSFProcessResult>, CSFProcessResult::ms_piType, false);
+}
+
+CXmlObject* CSFConnexion::_pclAppelDates(CXError* pclErreur, const char* pszOperation,
+                                         const wchar_t* pszType, const CDateTime& dtDebut,
+                                         const CDateTime& dtFin, PFNXMLCREATION pfnCreation) {
+    if (!__bCheckLogin(pclErreur))
+        return nullptr;
+    CSoapParametres clParametres;
+    clParametres.Ajoute(L"sObjectType", pszType);
+    clParametres.AjouteDateHeure(L"startDate", dtDebut);
+    clParametres.AjouteDateHeure(L"endDate", dtFin);
+    return _pclSFAppelSOAPRenvoieSimple(pclErreur, pszOperation, &clParametres, pfnCreation);
+}
+IObjetBase* CSFConnexion::SFRechercheSupprime(CCtxInfo*, CXError* pclErreur, const wchar_t* pszType,
+                                              CDateTime dtDebut, CDateTime dtFin) {
+    return s_piResultat<CSFGetDeletedResult>(_pclAppelDates(
+        pclErreur, "getDeleted", pszType, dtDebut, dtFin, &s_pclCreePourHote<CSFGetDeletedResult>));
+}
+IObjetBase* CSFConnexion::SFRechercheModifie(CCtxInfo*, CXError* pclErreur, const wchar_t* pszType,
+                                             CDateTime dtDebut, CDateTime dtFin) {
+    return s_piResultat<CSFGetUpdatedResult>(_pclAppelDates(
+        pclErreur, "getUpdated", pszType, dtDebut, dtFin, &s_pclCreePourHote<CSFGetUpdatedResult>));
 }
 
 bool CSFConnexion::SFDeconnecte(CCtxInfo* pclCtx, CXError* pclErreur,
@@ -457,4 +500,8 @@ IKLTableau* CSFConnexion::SFListeProduit(CCtxInfo* pclCtx, CXError* pclErreur) {
 #define KLL_METHODES_CSFConnexion_SFVideCorbeille KLL_OUI
 #define KLL_METHODES_CSFConnexion_SFConvertitPiste KLL_OUI
 #define KLL_METHODES_CSFConnexion_SFListeProduit KLL_OUI
+#define KLL_METHODES_CSFConnexion_SFRechercheSupprime KLL_OUI
+#define KLL_METHODES_CSFConnexion_SFRechercheModifie KLL_OUI
+#define KLL_METHODES_CSFConnexion_SFFusionne KLL_OUI
+#define KLL_METHODES_CSFConnexion_SFExecuteTraitement KLL_OUI
 #include "frame/KllMethodStubs.h"

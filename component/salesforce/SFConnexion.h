@@ -74,6 +74,13 @@ public:
                                 CXYStringArray<wchar_t>* ptabIds);
     IKLTableau* SFConvertitPiste(CCtxInfo* pclCtx, CXError* pclErreur, IKLTableau* piConversions);
     IKLTableau* SFListeProduit(CCtxInfo* pclCtx, CXError* pclErreur);
+    // getDeleted and getUpdated: the dates go out as the script gave them, with no zone.
+    IObjetBase* SFRechercheSupprime(CCtxInfo* pclCtx, CXError* pclErreur, const wchar_t* pszType,
+                                    CDateTime dtDebut, CDateTime dtFin);
+    IObjetBase* SFRechercheModifie(CCtxInfo* pclCtx, CXError* pclErreur, const wchar_t* pszType,
+                                   CDateTime dtDebut, CDateTime dtFin);
+    IKLTableau* SFFusionne(CCtxInfo* pclCtx, CXError* pclErreur, IKLTableau* piRequetes);
+    IKLTableau* SFExecuteTraitement(CCtxInfo* pclCtx, CXError* pclErreur, IKLTableau* piActions);
 
 private:
     bool _bLogin(CXError* pclErreur);
@@ -96,6 +103,13 @@ private:
     IKLTableau* _piAppelIds(CCtxInfo* pclCtx, CXError* pclErreur, const char* pszOperation,
                             CXYStringArray<wchar_t>* ptabIds, PFNXMLCREATION pfnCreation,
                             ITypeDescription* piType, bool bRefuseVide);
+    // Each described object of the array under that name, then the call and the check.
+    IKLTableau* _piAppelObjets(CCtxInfo* pclCtx, CXError* pclErreur, const char* pszOperation,
+                               const wchar_t* pszNom, IKLTableau* piObjets,
+                               PFNXMLCREATION pfnCreation, ITypeDescription* piType, bool bVerifie);
+    CXmlObject* _pclAppelDates(CXError* pclErreur, const char* pszOperation, const wchar_t* pszType,
+                               const CDateTime& dtDebut, const CDateTime& dtFin,
+                               PFNXMLCREATION pfnCreation);
     // create, update and upsert: each record of the array as "sObjects".
     IKLTableau* _piSFCreeModifie(CCtxInfo* pclCtx, CXError* pclErreur, const char* pszOperation,
                                  IKLTableau* piObjets, const wchar_t* pszChampExterne);

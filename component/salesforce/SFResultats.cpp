@@ -4,6 +4,8 @@
 #include "salesforce/SFObject.h"
 #include "xmlobject/Feuilles.h"
 
+#include "foundation/DateTimeRFC3339.h"
+
 CXYString<wchar_t> s_sJoint(CXmlObjectMulti* pclObjet, const char* pszMembre) {
     CXYString<wchar_t> s;
     if (CXmlObjectListe* pclListe = pclObjet->pclGetListe(pszMembre))
@@ -20,6 +22,20 @@ void s_SetJoint(CXmlObjectMulti* pclObjet, const char* pszMembre, const CXYStrin
     pclListe->SupprimeTout();
     CComposanteGGL::s_ChaineRC2Liste(s, pclListe, &XmlObject::Texte::s_pclCreate, XML_ELEMENT);
     pclObjet->vNotifieModif();
+}
+
+CDateTime s_dtDateHeure(CXmlObjectMulti* pclObjet, const char* pszMembre) {
+    CCastor<XmlObject::DateHeure> cl(pclObjet->pclGetPropriete(pszMembre, 0));
+    return cl ? static_cast<const CDateTime&>(cl->GetValeur()) : CDateTime();
+}
+
+void s_SetDateHeure(CXmlObjectMulti* pclObjet, const char* pszMembre, const CDateTime& dt) {
+    CCastor<XmlObject::DateHeure> cl(pclObjet->pclGetCreatePropriete(pszMembre, 0));
+    if (!cl)
+        return;
+    CDateTimeRFC3339 clValeur;
+    static_cast<CDateTime&>(clValeur) = dt;
+    cl->SetValeur(clValeur);
 }
 
 // The description tables, in the order of the replies.
@@ -65,6 +81,27 @@ SF_TABLE(CSFLoginResult,
 SF_TABLE(CSFQueryResult,
          SF_ROW_BOOLEEN("done") XML_ROW("records", CSFObject, XML_ELEMENT) XML_ROW("size", XmlObject::Entier, XML_ELEMENT)
          SF_ROW_TEXTE("queryLocator"))
+SF_TABLE(CSFDeletedRecord, XML_ROW("deletedDate", XmlObject::DateHeure, XML_ELEMENT) SF_ROW_TEXTE("id"))
+SF_TABLE(CSFGetDeletedResult,
+         XML_ROW("deletedRecords", CSFDeletedRecord, XML_ELEMENT)
+         XML_ROW("earliestDateAvailable", XmlObject::DateHeure, XML_ELEMENT)
+         XML_ROW("latestDateCovered", XmlObject::DateHeure, XML_ELEMENT))
+SF_TABLE(CSFGetUpdatedResult,
+         SF_ROW_TEXTE("ids") XML_ROW("latestDateCovered", XmlObject::DateHeure, XML_ELEMENT))
+SF_TABLE(CSFMergeRequest,
+         XML_ROW("masterRecord", CSFObject, XML_ELEMENT) SF_ROW_TEXTE("recordToMergeIds"))
+SF_TABLE(CSFMergeResult,
+         XML_ROW("errors", CSFError, XML_ELEMENT) SF_ROW_TEXTE("id") SF_ROW_TEXTE("mergedRecordIds")
+         SF_ROW_BOOLEEN("success") SF_ROW_TEXTE("updatedRelatedIds"))
+SF_TABLE(CSFProcessResult,
+         SF_ROW_TEXTE("actorIds") SF_ROW_TEXTE("entityId") XML_ROW("errors", CSFError, XML_ELEMENT)
+         SF_ROW_TEXTE("instanceId") SF_ROW_TEXTE("instanceStatus") SF_ROW_TEXTE("newWorkitemIds")
+         SF_ROW_BOOLEEN("success"))
+SF_TABLE(CSFProcessSubmitRequest,
+         SF_ROW_TEXTE("objectId") SF_ROW_TEXTE("comments") SF_ROW_TEXTE("nextApproverIds"))
+SF_TABLE(CSFProcessWorkitemRequest,
+         SF_ROW_TEXTE("action") SF_ROW_TEXTE("workitemId") SF_ROW_TEXTE("comments")
+         SF_ROW_TEXTE("nextApproverIds"))
 SF_TABLE(CSFSearchResult, XML_ROW("searchRecords", CSFObject, XML_ELEMENT))
 
 ITypeDescription* CSFProduit::ms_piType = nullptr;
@@ -74,6 +111,11 @@ XML_ACCEPTE_DEFINE(CSFProduit, )
 
 IObjetBase* CSFLoginResult::GetInfoUtilisateur(CCtxInfo*, CXError*) {
     CXmlObject* pcl = pclGetPropriete("userInfo", 0);
+    return pcl ? pcl->vpiGetObjetBaseScript() : nullptr;
+}
+// The master record, made empty at first read so that the script can fill it.
+IObjetBase* CSFMergeRequest::GetmasterRecord(CCtxInfo*, CXError*) {
+    CXmlObject* pcl = pclGetCreatePropriete("masterRecord", 0);
     return pcl ? pcl->vpiGetObjetBaseScript() : nullptr;
 }
 IObjetCollection* CSFQueryResult::AccesseursObjects(CCtxInfo*, CXError*) {
@@ -109,3 +151,19 @@ IObjetCollection* CSFSearchResult::AccesseursearchRecords(CCtxInfo*, CXError*) {
 #include "salesforce/SFSearchResult.def"
 #include "frame/KllStubs.h"
 #include "salesforce/SFProduit.def"
+#include "frame/KllStubs.h"
+#include "salesforce/SFDeletedRecord.def"
+#include "frame/KllStubs.h"
+#include "salesforce/SFGetDeletedResult.def"
+#include "frame/KllStubs.h"
+#include "salesforce/SFGetUpdatedResult.def"
+#include "frame/KllStubs.h"
+#include "salesforce/SFMergeRequest.def"
+#include "frame/KllStubs.h"
+#include "salesforce/SFMergeResult.def"
+#include "frame/KllStubs.h"
+#include "salesforce/SFProcessResult.def"
+#include "frame/KllStubs.h"
+#include "salesforce/SFProcessSubmitRequest.def"
+#include "frame/KllStubs.h"
+#include "salesforce/SFProcessWorkitemRequest.def"

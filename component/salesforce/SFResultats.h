@@ -8,6 +8,8 @@
 #include "xmlobject/XmlEnumerateur.h"
 #include "xmlobject/XmlObjectScript.h"
 
+#include "DateTime.h"
+
 // A text, boolean or integer row shown under the property P, read with Get and forced with
 // Force; SF_..._RW rows are written by scripts with Set.
 #define SF_TEXTE(P, M)                                                                             \
@@ -33,6 +35,14 @@
     CXYString<wchar_t> Get##P(CCtxInfo*, CXError*) { return s_sJoint(this, M); }                    \
     void Force##P(CCtxInfo*, CXError*, const CXYString<wchar_t>& s) { s_SetJoint(this, M, s); }
 
+// A date and time row, as the reply wrote it (its zone kept beside the value).
+#define SF_DATEHEURE(P, M)                                                                         \
+    CDateTime Get##P(CCtxInfo*, CXError*) { return s_dtDateHeure(this, M); }                       \
+    void Force##P(CCtxInfo*, CXError*, CDateTime dt) { s_SetDateHeure(this, M, dt); }
+#define SF_JOINT_RW(P, M)                                                                          \
+    CXYString<wchar_t> Get##P(CCtxInfo*, CXError*) { return s_sJoint(this, M); }                    \
+    void Set##P(CCtxInfo*, CXError*, const CXYString<wchar_t>& s) { s_SetJoint(this, M, s); }
+
 #define SF_CLASSE(C)                                                                               \
     class C final : public CXmlObjectAutonomeRacineSalesforce, public CObjetComposanteBase {        \
     public:                                                                                        \
@@ -41,6 +51,8 @@
 
 CXYString<wchar_t> s_sJoint(CXmlObjectMulti* pclObjet, const char* pszMembre);
 void s_SetJoint(CXmlObjectMulti* pclObjet, const char* pszMembre, const CXYString<wchar_t>& s);
+CDateTime s_dtDateHeure(CXmlObjectMulti* pclObjet, const char* pszMembre);
+void s_SetDateHeure(CXmlObjectMulti* pclObjet, const char* pszMembre, const CDateTime& dt);
 
 class CSFObject;
 
@@ -133,6 +145,58 @@ SF_CLASSE(CSFQueryResult)
 
 SF_CLASSE(CSFSearchResult)
     IObjetCollection* AccesseursearchRecords(CCtxInfo*, CXError*);
+};
+
+SF_CLASSE(CSFDeletedRecord)
+    SF_DATEHEURE(deletedDate, "deletedDate")
+    SF_TEXTE(id, "id")
+};
+
+SF_CLASSE(CSFGetDeletedResult)
+    SF_DATEHEURE(earliestDateAvailable, "earliestDateAvailable")
+    SF_DATEHEURE(latestDateCovered, "latestDateCovered")
+    SF_COLLECTION(deletedRecords, CSFDeletedRecord, "deletedRecords")
+};
+
+SF_CLASSE(CSFGetUpdatedResult)
+    SF_JOINT(ids, "ids")
+    SF_DATEHEURE(latestDateCovered, "latestDateCovered")
+};
+
+SF_CLASSE(CSFMergeRequest)
+    IObjetBase* GetmasterRecord(CCtxInfo*, CXError*);
+    SF_JOINT_RW(recordToMergeIds, "recordToMergeIds")
+};
+
+SF_CLASSE(CSFMergeResult)
+    SF_TEXTE(id, "id")
+    SF_JOINT(mergedRecordIds, "mergedRecordIds")
+    SF_BOOLEEN(success, "success")
+    SF_JOINT(updatedRelatedIds, "updatedRelatedIds")
+    SF_COLLECTION(errors, CSFError, "errors")
+};
+
+SF_CLASSE(CSFProcessResult)
+    SF_TEXTE(actorIds, "actorIds")
+    SF_TEXTE(entityId, "entityId")
+    SF_TEXTE(instanceId, "instanceId")
+    SF_TEXTE(instanceStatus, "instanceStatus")
+    SF_TEXTE(newWorkitemIds, "newWorkitemIds")
+    SF_BOOLEEN(success, "success")
+    SF_COLLECTION(errors, CSFError, "errors")
+};
+
+SF_CLASSE(CSFProcessSubmitRequest)
+    SF_TEXTE_RW(objectId, "objectId")
+    SF_TEXTE_RW(comments, "comments")
+    SF_JOINT_RW(nextApproverIds, "nextApproverIds")
+};
+
+SF_CLASSE(CSFProcessWorkitemRequest)
+    SF_TEXTE_RW(action, "action")
+    SF_TEXTE_RW(workitemId, "workitemId")
+    SF_TEXTE_RW(comments, "comments")
+    SF_JOINT_RW(nextApproverIds, "nextApproverIds")
 };
 
 // The product list has no products: the type exists, with one row and no property.

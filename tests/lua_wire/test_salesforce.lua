@@ -127,6 +127,37 @@ results = kvggl.check(call("convertLead", INSTANCE,
 W.match(results[1].accountId .. " " .. results[1].contactId .. " " .. results[1].opportunityId,
         "^001%w+ 003%w+ $", "converted, without an opportunity")
 
+local found = kvggl.check(call("search", INSTANCE,
+    "<urn:search ><searchString>FIND {Acme} RETURNING Account(Name)</searchString></urn:search>",
+    kvggl.SFRecherche, c, "FIND {Acme} RETURNING Account(Name)"))
+W.eq(found.searchRecords[1].record.Name, "Acme", "a search")
+
+local span = {"2000-01-01T00:00:00", "2099-12-31T23:59:59"}
+local dates = "<startDate>2000-01-01T00:00:00</startDate><endDate>2099-12-31T23:59:59</endDate>"
+local deleted = kvggl.check(call("getDeleted", INSTANCE, "<urn:getDeleted ><sObjectType>Account" ..
+    "</sObjectType>" .. dates .. "</urn:getDeleted>", kvggl.SFRechercheSupprime, c, "Account", span[1], span[2]))
+W.eq(#deleted.deletedRecords, 0, "the restored account is not among the deleted")
+local updated = kvggl.check(call("getUpdated", INSTANCE, "<urn:getUpdated ><sObjectType>Account" ..
+    "</sObjectType>" .. dates .. "</urn:getUpdated>", kvggl.SFRechercheModifie, c, "Account", span[1], span[2]))
+W.contains(updated.ids, id, "the changed account, one id a line")
+
+local merge = kvggl.sfRequeteFusionne()
+merge.masterRecord.Type = "Account" -- members go out in the order they were made
+merge.masterRecord.ID = id
+merge.recordToMergeIds = results[1].accountId
+results = kvggl.check(call("merge", INSTANCE, "<urn:merge ><request><masterRecord><sf:type>Account" ..
+    "</sf:type><sf:Id>" .. id .. "</sf:Id></masterRecord><recordToMergeIds>" .. results[1].accountId ..
+    "</recordToMergeIds></request></urn:merge>", kvggl.SFFusionne, c, {merge}))
+W.eq(results[1].mergedRecordIds .. " " .. results[1].updatedRelatedIds:sub(1, 3),
+     merge.recordToMergeIds .. " 003", "merged, its contact moved to the master")
+
+local submit = kvggl.sfRequeteTraitementSoumission()
+submit.objectId = id
+submit.comments = "please"
+results = kvggl.check(call("process", INSTANCE, "<urn:process ><actions><objectId>" .. id ..
+    "</objectId><comments>please</comments></actions></urn:process>", kvggl.SFExecuteTraitement, c, {submit}))
+W.eq(results[1].instanceStatus, "Pending", "submitted for approval")
+
 -- ---- faults ------------------------------------------------------------------------------------
 -- A value with '&' goes out as it stands; the server's fault comes back with its three parts.
 q = "SELECT Id FROM Account WHERE Name = 'A&B'"
