@@ -259,38 +259,32 @@ template <class T> IObjetBase* s_piResultat(CXmlObject* pcl) {
 
 } // namespace
 
+CXmlObject* CSFConnexion::_pclAppelTexte(CXError* pclErreur, const char* pszOperation,
+                                         const wchar_t* pszNom, const wchar_t* pszValeur,
+                                         PFNXMLCREATION pfnCreation) {
+    if (!__bCheckLogin(pclErreur))
+        return nullptr;
+    CSoapParametres clParametres;
+    clParametres.Ajoute(pszNom, pszValeur);
+    return _pclSFAppelSOAPRenvoieSimple(pclErreur, pszOperation, &clParametres, pfnCreation);
+}
+
+// The query's parameter alone carries its prefix; the others of the family stand without.
 IObjetBase* CSFConnexion::SFExecuteRequete(CCtxInfo*, CXError* pclErreur, const wchar_t* pszRequete,
                                            bool bInclutSupprimes) {
-    CXmlObject* pcl = nullptr;
-    if (__bCheckLogin(pclErreur)) {
-        CSoapParametres clParametres;
-        clParametres.Ajoute(L"urn:queryString", pszRequete);
-        pcl = _pclSFAppelSOAPRenvoieSimple(pclErreur, bInclutSupprimes ? "queryAll" : "query",
-                                           &clParametres, &s_pclCreePourHote<CSFQueryResult>);
-    }
-    return s_piResultat<CSFQueryResult>(pcl);
+    return s_piResultat<CSFQueryResult>(
+        _pclAppelTexte(pclErreur, bInclutSupprimes ? "queryAll" : "query", L"urn:queryString",
+                       pszRequete, &s_pclCreePourHote<CSFQueryResult>));
 }
-
 IObjetBase* CSFConnexion::SFAvanceRequete(CCtxInfo*, CXError* pclErreur, CXYString<wchar_t> sLocator) {
-    CXmlObject* pcl = nullptr;
-    if (__bCheckLogin(pclErreur)) {
-        CSoapParametres clParametres;
-        clParametres.Ajoute(L"queryLocator", sLocator);
-        pcl = _pclSFAppelSOAPRenvoieSimple(pclErreur, "queryMore", &clParametres,
-                                           &s_pclCreePourHote<CSFQueryResult>);
-    }
-    return s_piResultat<CSFQueryResult>(pcl);
+    return s_piResultat<CSFQueryResult>(_pclAppelTexte(pclErreur, "queryMore", L"queryLocator",
+                                                       sLocator.pszGet(),
+                                                       &s_pclCreePourHote<CSFQueryResult>));
 }
-
 IObjetBase* CSFConnexion::SFRecherche(CCtxInfo*, CXError* pclErreur, const wchar_t* pszRecherche) {
-    CXmlObject* pcl = nullptr;
-    if (__bCheckLogin(pclErreur)) {
-        CSoapParametres clParametres;
-        clParametres.Ajoute(L"searchString", pszRecherche);
-        pcl = _pclSFAppelSOAPRenvoieSimple(pclErreur, "search", &clParametres,
-                                           &s_pclCreePourHote<CSFSearchResult>);
-    }
-    return s_piResultat<CSFSearchResult>(pcl);
+    return s_piResultat<CSFSearchResult>(_pclAppelTexte(pclErreur, "search", L"searchString",
+                                                        pszRecherche,
+                                                        &s_pclCreePourHote<CSFSearchResult>));
 }
 
 IKLTableau* CSFConnexion::_piAppelIds(CCtxInfo* pclCtx, CXError* pclErreur, const char* pszOperation,

@@ -99,6 +99,9 @@ private:
     CXmlObject* _pclSFAppelSOAPRenvoieSimple(CXError* pclErreur, const char* pszOperation,
                                              const CSoapParametres* pclParametres,
                                              PFNXMLCREATION pfnCreation);
+    // A call with one text parameter and one result object.
+    CXmlObject* _pclAppelTexte(CXError* pclErreur, const char* pszOperation, const wchar_t* pszNom,
+                               const wchar_t* pszValeur, PFNXMLCREATION pfnCreation);
     // The ids, each as one element of that name.
     IKLTableau* _piAppelIds(CCtxInfo* pclCtx, CXError* pclErreur, const char* pszOperation,
                             CXYStringArray<wchar_t>* ptabIds, PFNXMLCREATION pfnCreation,
