@@ -37,10 +37,11 @@ const stXmlPropriete CSFObject::s_m_stTabXmlDescription__[] = {
 XML_OBJET_DEFINE(CSFObject, CXmlObjectAutonomeRacineSalesforce)
 XML_ACCEPTE_DEFINE(CSFObject, )
 
-void CSFObject::vInit(CXError& clErreur) {
-    CXmlObjectAutonomeRacineSalesforce::vInit(clErreur);
+void CSFObject::vInit(CXError&) {
+    // One walk does the table's rows and the record's own fields alike: the table has no
+    // attribute, and every child becomes a member.
     INoeudXML* piNoeud = piGetNoeud();
-    if (!clErreur.bEstPropre() || !piNoeud)
+    if (!piNoeud)
         return;
     for (int i = 0;; ++i) {
         auto clEnfant = CRef<INoeudXML>::Adopt(piNoeud->piGetEnfant(i));
@@ -50,8 +51,11 @@ void CSFObject::vInit(CXError& clErreur) {
             continue;
         auto clNamespace = CRef<INamespaceXML>::Adopt(clEnfant->piGetNamespace());
         const char* pszNom = clEnfant->pszGetNom();
-        if (_pclFindInDescription(clNamespace ? clNamespace->pszGetPrefixe() : nullptr, pszNom))
+        if (const stXmlPropriete* pst =
+                _pclFindInDescription(clNamespace ? clNamespace->pszGetPrefixe() : nullptr, pszNom)) {
+            _vAjoutePropriete(pst->pszNom, pst->pfnCreation(clEnfant.pGet(), pst->eType, this, pst->pszNom));
             continue;
+        }
         CXmlObject* pcl = s_bContientElements(clEnfant.pGet())
                               ? CSFObject::s_pclCreate(clEnfant.pGet(), XML_ELEMENT, this, pszNom)
                               : XmlObject::Texte::s_pclCreate(clEnfant.pGet(), XML_ELEMENT, this, pszNom);
