@@ -261,7 +261,7 @@ public:
     // would be refused. No "self" link: nothing happens.
     void UpdateVersionXmlObjectMulti(IVM* piVM, CXError* pclErreur, CXmlObjectMulti* pclObjet);
     // The deletion of an entry: its pending operations dropped, its deletion queued and sent.
-    // An entry that queues no deletion of its own gets 600028.
+    // A new entry, or one that queues no deletion of its own, gets 600028 and keeps its queue.
     bool _bGglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CXmlObjectMulti* pclObjet);
 
     // A text made fit for a hand-built JSON string value.
