@@ -62,19 +62,6 @@ void s_WriteError(STResponse& res, int nStatus, std::string_view svCode, std::st
                     "</internalReason></error></errors>");
 }
 
-// A whole positive decimal number, or -1.
-long long s_nNumber(std::string_view sv) {
-    if (sv.empty() || sv.size() > 12)
-        return -1;
-    long long n = 0;
-    for (char c : sv) {
-        if (c < '0' || c > '9')
-            return -1;
-        n = n * 10 + (c - '0');
-    }
-    return n;
-}
-
 std::string_view s_svLocal(std::string_view svName) {
     const size_t n = svName.find(':');
     return n == std::string_view::npos ? svName : svName.substr(n + 1);
@@ -202,8 +189,8 @@ void CGoogleContacts::List(const STRequest& req, const std::string& sUser, std::
                            STResponse& res) {
     auto oQuery = CForm::s_oParse(req.sQuery, CForm::eLenient, nullptr);
     const CForm query = oQuery ? *oQuery : CForm();
-    const long long nStart = query.bHas("start-index") ? s_nNumber(query.sValue("start-index")) : 1;
-    const long long nMax = query.bHas("max-results") ? s_nNumber(query.sValue("max-results")) : ms_nDefaultPage;
+    const long long nStart = query.bHas("start-index") ? CText::s_nDecimal(query.sValue("start-index"), 9) : 1;
+    const long long nMax = query.bHas("max-results") ? CText::s_nDecimal(query.sValue("max-results"), 12) : ms_nDefaultPage;
     if (nStart < 1)
         return s_WriteError(res, 400, "invalid", "Invalid value for start-index parameter: " + query.sValue("start-index"));
     if (nMax < 0)

@@ -4,7 +4,7 @@
 
 #include "connection/HTTPRequete.h"
 #include "frame/ModuleInfo.h"
-#include "xmlobject/Author.h"
+#include "frame/ObjetComposante.h"
 #include "xmlobject/ContenuXMLSortie.h"
 
 #include "Any.h"

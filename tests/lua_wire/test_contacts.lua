@@ -25,17 +25,7 @@ W.control("POST", "/reset")
 local c = W.connection(kvggl, {contact = W.SEEDED_REFRESH})
 kvggl.check(kvggl.GglConnecte(c, 2))
 
--- The requests of one call, as "METHOD target" lines and their bodies.
-local function exchange(f)
-    local mark = W.mark()
-    local results = table.pack(f())
-    local lines, bodies = {}, {}
-    for _, e in ipairs(W.log(mark, HOST)) do
-        lines[#lines + 1] = e.method .. " " .. e.target
-        bodies[#bodies + 1] = e.body or ""
-    end
-    return table.concat(lines, "\n"), bodies, table.unpack(results, 1, results.n)
-end
+local function exchange(f) return W.exchange(HOST, f) end
 
 -- The edit link of an entry as the feed gave it, as a request target.
 local function edit(entry)
@@ -166,3 +156,22 @@ local lone = kvggl.gglContact()
 lone.Groupe = {BASE .. "gone", COLLEGUES}
 local found = kvggl.check(kvggl.GglListeGroupeContact(c, lone))
 W.eq(#found .. "|" .. found[1].Identifiant .. "|" .. found[2].Nom, "2||Collègues", "unknown membership")
+
+-- Replies the feed should never give: a clear error, or the entries as they stand.
+local FEED = "<feed xmlns='http://www.w3.org/2005/Atom'>%s</feed>"
+for _, case in ipairs({
+    {what = "not XML", body = "<feed><entry>", code = 600003, count = 0},
+    {what = "no id, no edit link, an unknown rel", count = 1,
+     body = FEED:format("<entry><title>Sans lien</title><link rel='urn:x' href='https://x.test/'/></entry>")},
+    {what = "a 1 MB note", count = 1, notes = 1000000,
+     body = FEED:format("<entry><id>urn:big</id><content>" .. ("n"):rep(1000000) .. "</content></entry>")},
+    {what = "invalid UTF-8 in a name", code = 600003, count = 0,
+     body = FEED:format("<entry><id>urn:bad</id><title>Ren\xE9e</title></entry>")},
+}) do
+    W.fault({host = HOST, path = CONTACTS, status = 200, count = 1, body = case.body,
+             headers = {["Content-Type"] = "application/atom+xml"}})
+    local list, err = kvggl.GglListeContact(c)
+    if case.code then W.failed(case.code, err, case.what) else W.ok(err, case.what) end
+    W.eq(#list, case.count, case.what)
+    if case.notes then W.eq(#list[1].Notes, case.notes, case.what .. ": the note") end
+end
