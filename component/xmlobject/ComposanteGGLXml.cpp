@@ -6,6 +6,8 @@
 #include "frame/ModuleInfo.h"
 #include "frame/ObjetComposante.h"
 #include "xmlobject/ContenuXMLSortie.h"
+#include "xmlobject/XmlObject.h"
+#include "xmlobject/XmlObjectListe.h"
 
 #include "Any.h"
 #include "ImageService.h"
