@@ -7,9 +7,15 @@
 //   feed_load_scaling        the load of 100,000 entries over that of 10,000 (linear: 10)
 //   feed_write_10k_vs_parse  every entry changed, applied and the feed written, over the parse
 //   feed_load_memory         bytes the objects hold per byte of the feed, beyond the DOM
+//   contacts_list_10k_vs_parse  the contacts listing's work on the same reply, parse included
+//                            (the feed read as the connector's own CListeContacts, each entry
+//                            taken out of it as the script's array takes it), over the parse
+//   contacts_list_scaling    that listing for 100,000 entries over 10,000 (linear: 10)
 #include "FigureReporter.h"
 #include "HostXMLService.h"
 
+#include "contacts/GoogleContact.h"
+#include "contacts/ListesContacts.h"
 #include "frame/ComposanteGGL.h"
 #include "xmlobject/Email.h"
 #include "xmlobject/GglElements.h"
@@ -217,14 +223,34 @@ void BM_FeedWrite(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * sFlux.size()));
 }
 
+// What GglListeContact does with a reply: the parse, the contacts feed over it, and each entry
+// taken out of the feed, which then goes; the entries are what is built.
+void BM_ContactsList(benchmark::State& state) {
+    const std::string& sFlux = s_rFlux(static_cast<int>(state.range(0)));
+    ChronometreConstruction(state, sFlux.size(), [&] {
+        auto clDocument = clAnalyse(sFlux);
+        auto clRacine = CRef<INoeudXML>::Adopt(clDocument->piGetRacine(0));
+        auto clFlux = CRef<CXmlObject>::Adopt(CListeContacts::s_pclCreate(clRacine.pGet(), XML_ELEMENT, nullptr, nullptr));
+        CXmlObjectListe* pclEntrees = clFlux->vpclGetXmlObjectMulti()->pclGetListe("entry");
+        if (!pclEntrees)
+            return CRef<CXmlObjectListe>();
+        for (int i = 0; i < pclEntrees->nGetNbElement(); ++i)
+            pclEntrees->pclGetElement(i)->vSetParent(nullptr);
+        return CRef<CXmlObjectListe>::Retain(pclEntrees);
+    });
+}
+
 BENCHMARK(BM_FeedParse)->Arg(10000)->Unit(benchmark::kMillisecond)->Repetitions(3);
 BENCHMARK(BM_FeedLoad)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Repetitions(3);
 BENCHMARK(BM_FeedWrite)->Arg(10000)->Unit(benchmark::kMillisecond)->Repetitions(3);
+BENCHMARK(BM_ContactsList)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Repetitions(3);
 
 [[maybe_unused]] const bool gbFigures =
     CFigureReporter::s_bDeclare("feed_load_10k_vs_parse", "BM_FeedLoad/10000", "BM_FeedParse/10000") &&
     CFigureReporter::s_bDeclare("feed_load_scaling", "BM_FeedLoad/100000", "BM_FeedLoad/10000") &&
     CFigureReporter::s_bDeclare("feed_write_10k_vs_parse", "BM_FeedWrite/10000", "BM_FeedParse/10000") &&
-    CFigureReporter::s_bDeclareCounter("feed_load_memory", "BM_FeedLoad/10000", "bytes_per_byte", "B/B");
+    CFigureReporter::s_bDeclareCounter("feed_load_memory", "BM_FeedLoad/10000", "bytes_per_byte", "B/B") &&
+    CFigureReporter::s_bDeclare("contacts_list_10k_vs_parse", "BM_ContactsList/10000", "BM_FeedParse/10000") &&
+    CFigureReporter::s_bDeclare("contacts_list_scaling", "BM_ContactsList/100000", "BM_ContactsList/10000");
 
 } // namespace

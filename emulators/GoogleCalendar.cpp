@@ -51,14 +51,7 @@ int s_nRoleRank(std::string_view svRole) {
 
 // A positive decimal number of at most nine digits, or -1.
 long long s_nCount(std::string_view sv) {
-    if (sv.empty() || sv.size() > 9)
-        return -1;
-    long long n = 0;
-    for (char c : sv) {
-        if (c < '0' || c > '9')
-            return -1;
-        n = n * 10 + (c - '0');
-    }
+    const long long n = CText::s_nDecimal(sv, 9);
     return n > 0 ? n : -1;
 }
 

@@ -4,6 +4,7 @@
 #include "GoogleAccounts.h"
 #include "GoogleApis.h"
 #include "GoogleCalendar.h"
+#include "GoogleContacts.h"
 #include "GoogleDrive.h"
 #include "GoogleMaps.h"
 #include "OAuthProvider.h"
@@ -16,6 +17,7 @@ const STServiceRow s_tabRows[] = {
     {"www.googleapis.com", "/calendar/v3/", &CGoogleCalendar::s_pCreate},
     {"www.googleapis.com", "/drive/v2/", &CGoogleDrive::s_pCreate},
     {"www.googleapis.com", "/upload/drive/v2/", &CGoogleDrive::s_pCreate},
+    {"www.google.com", "/m8/feeds/", &CGoogleContacts::s_pCreate},
     {"maps.googleapis.com", "", &CGoogleMaps::s_pCreate},
     {"oauth.provider.test", "", &COAuthProvider::s_pCreate},
     {"www.facebook.com", "", &CFacebookDialogue::s_pCreate},

@@ -110,3 +110,15 @@ std::string CText::s_sRandomToken(size_t nLength) {
         c = s_szAlphabet[s_rng() % 64];
     return s;
 }
+
+long long CText::s_nDecimal(std::string_view sv, size_t nMaxDigits) {
+    if (sv.empty() || sv.size() > nMaxDigits)
+        return -1;
+    long long n = 0;
+    for (char c : sv) {
+        if (c < '0' || c > '9')
+            return -1;
+        n = n * 10 + (c - '0');
+    }
+    return n;
+}

@@ -14,4 +14,6 @@ public:
     static std::string s_sHtmlEscape(std::string_view sv);
     // A random token of nLength characters from [A-Za-z0-9_-], safe unencoded in any URL part.
     static std::string s_sRandomToken(size_t nLength);
+    // A decimal number of digits alone, at most nMaxDigits of them; -1 for anything else.
+    static long long s_nDecimal(std::string_view sv, size_t nMaxDigits);
 };

@@ -21,6 +21,8 @@
 class CCtxInfo;
 class CDateTime;
 class CGoogleAgenda;
+class CGoogleContact;
+class CGglGroupeContact;
 class CGoogleDocument;
 class CGoogleParametre;
 class CGooglePoint;
@@ -166,6 +168,33 @@ public:
     // Sends what the calendar's and its events' marks call for / deletes the calendar.
     bool GglEcrit(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda);
     bool GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAgenda* pclAgenda);
+    // ---- contacts (contacts/F_Contacts.cpp)
+    // The contacts of the feed from nDebut (1 the first) to nMax of them (0: all), of the
+    // group sGroupe when one is given: a URL beginning "http://" as it stands, anything else a
+    // group's title, looked up first (600032 when none has it). 600006 on a start below 1
+    // (argument 3) or a negative count (argument 4).
+    IKLTableau* GglListeContact(CCtxInfo* pclCtx, CXError* pclErreur, CXYString<wchar_t> sGroupe,
+                                int nDebut, int nMax);
+    IKLTableau* GglListeContact(CCtxInfo* pclCtx, CXError* pclErreur) {
+        return GglListeContact(pclCtx, pclErreur, CXYString<wchar_t>(), 1, 0);
+    }
+    IKLTableau* GglListeContact(CCtxInfo* pclCtx, CXError* pclErreur, CXYString<wchar_t> sGroupe) {
+        return GglListeContact(pclCtx, pclErreur, sGroupe, 1, 0);
+    }
+    IKLTableau* GglListeContact(CCtxInfo* pclCtx, CXError* pclErreur, CXYString<wchar_t> sGroupe,
+                                int nDebut) {
+        return GglListeContact(pclCtx, pclErreur, sGroupe, nDebut, 0);
+    }
+    // The contacts for the script's own query string, sent as it stands.
+    IKLTableau* GglListeContactParRequete(CCtxInfo* pclCtx, CXError* pclErreur, const wchar_t* pszRequete);
+    // Every group / the groups of the contact, index for index with its memberships.
+    IKLTableau* GglListeGroupeContact(CCtxInfo* pclCtx, CXError* pclErreur);
+    IKLTableau* GglListeGroupeContact(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleContact* pclContact);
+    // Sends what the entry's queue holds; a contact is sent on every save / deletes the entry.
+    bool GglEcrit(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleContact* pclContact);
+    bool GglEcrit(CCtxInfo* pclCtx, CXError* pclErreur, CGglGroupeContact* pclGroupe);
+    bool GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleContact* pclContact);
+    bool GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CGglGroupeContact* pclGroupe);
     // ---- static maps (defined in maps/StaticMaps.cpp)
     // The map image centred on a point or an address, nLargeur x nHauteur pixels, at a zoom,
     // with the options, markers and path of the parameters; or framed by the markers and path
@@ -232,7 +261,7 @@ public:
     // would be refused. No "self" link: nothing happens.
     void UpdateVersionXmlObjectMulti(IVM* piVM, CXError* pclErreur, CXmlObjectMulti* pclObjet);
     // The deletion of an entry: its pending operations dropped, its deletion queued and sent.
-    // An entry that queues no deletion of its own gets 600028.
+    // A new entry, or one that queues no deletion of its own, gets 600028 and keeps its queue.
     bool _bGglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CXmlObjectMulti* pclObjet);
 
     // A text made fit for a hand-built JSON string value.

@@ -6,6 +6,8 @@
 #include <atomic>
 #include <cstdint>
 
+class CXmlObject;
+
 class CObjetComposanteBase : public CClasseVideInterface, public IObjetBase, public IObjetComposante {
 public:
     CObjetComposanteBase() = default;
@@ -41,6 +43,8 @@ public:
     IObjetBase* piGetObjetBase() { return this; }
     // The native object behind an object side of this component, or null for another object.
     static CObjetComposanteBase* s_pclDepuisObjetBase(IObjetBase* pi);
+    // The XML side of an object of the XML tree, null for the others.
+    virtual CXmlObject* vpclGetXmlObjectScript() { return nullptr; }
 
 protected:
     ~CObjetComposanteBase() override;

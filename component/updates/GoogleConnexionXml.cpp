@@ -48,9 +48,13 @@ bool CGoogleConnexion::_bGglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CXmlO
     if (!pclObjet)
         return false;
     CUpdatesManager& clFile = pclObjet->clGetUpdates();
-    clFile.ClearOps();
-    pclObjet->vNotifieSuppr();
-    if (!clFile.bHasOperations(UPDATEOPS_SUPPR)) {
+    // A new entry is nowhere to delete; one that queues no deletion of its own neither.
+    const bool bNouveau = pclObjet->vbIsNouvelObjet();
+    if (!bNouveau) {
+        clFile.ClearOps();
+        pclObjet->vNotifieSuppr();
+    }
+    if (bNouveau || !clFile.bHasOperations(UPDATEOPS_SUPPR)) {
         if (pclErreur)
             pclErreur->SetUserError(&gstMyModuleInfo60, knErreurSuppression);
         return false;

@@ -4,8 +4,10 @@
 
 #include "connection/HTTPRequete.h"
 #include "frame/ModuleInfo.h"
-#include "xmlobject/Author.h"
+#include "frame/ObjetComposante.h"
 #include "xmlobject/ContenuXMLSortie.h"
+#include "xmlobject/XmlObject.h"
+#include "xmlobject/XmlObjectListe.h"
 
 #include "Any.h"
 #include "ImageService.h"
@@ -41,17 +43,6 @@ constexpr struct {
     {"xmlns:exif", "http://schemas.google.com/photos/exif/2007"},
     {"xmlns:gphoto", "http://schemas.google.com/photos/2007"},
     {"xmlns:media", "http://search.yahoo.com/mrss/"},
-};
-
-// The classes whose objects GglVersXML writes out, by their registered type and their XML
-// side. A connector's entry class is one more row.
-struct STTypeVersXML {
-    ITypeDescription* const* ppiType;
-    CXmlObject* (*pfnXmlObject)(void* pObjet);
-};
-template <class C> CXmlObject* pclXmlDe(void* p) { return static_cast<C*>(p); }
-const STTypeVersXML gtabTypesVersXML[] = {
-    {&CAuthor::ms_piType, &pclXmlDe<CAuthor>},
 };
 
 // The image's MIME type, as the host's image service tells it from the bytes or the file.
@@ -107,16 +98,9 @@ CXYString<char> CComposanteGGL::GglVersXML(CCtxInfo*, CXError* pclErreur, const 
         return Refuse();
     IInterfaceObjetBase* pi = pclValeur->piGetObjet();
     IInterfaceObjetBase* piBase = pi ? pi->vpiGetObjetBase() : nullptr;
-    IObjetComposante* piObjet =
-        piBase ? static_cast<IObjetBase*>(piBase)->vpiGetIObjetComposante() : nullptr;
-    if (!piObjet)
-        return Refuse();
-    CXmlObject* pclXml = nullptr;
-    for (const STTypeVersXML& st : gtabTypesVersXML)
-        if (*st.ppiType && piObjet->vpiGetTypeReel() == *st.ppiType) {
-            pclXml = st.pfnXmlObject(piObjet->vpGetObjetC());
-            break;
-        }
+    CObjetComposanteBase* pclObjet =
+        piBase ? CObjetComposanteBase::s_pclDepuisObjetBase(static_cast<IObjetBase*>(piBase)) : nullptr;
+    CXmlObject* pclXml = pclObjet ? pclObjet->vpclGetXmlObjectScript() : nullptr;
     // Only an object read from a feed has an XML form.
     if (!pclXml || !pclXml->piGetNoeud())
         return Refuse();

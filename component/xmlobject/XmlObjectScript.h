@@ -36,7 +36,8 @@ public:
     int veGetFamille() override { return 5; }                                                      \
     ITypeDescription* vpiGetTypeReel() override { return ms_piType; }                              \
     void* vpGetObjetC() override { return this; }                                                  \
-    IObjetBase* vpiGetObjetBaseScript() override { return piGetObjetBase(); }
+    IObjetBase* vpiGetObjetBaseScript() override { return piGetObjetBase(); }                      \
+    CXmlObject* vpclGetXmlObjectScript() override { return vpclGetXmlObject(); }
 
 // Getter and setter of a text or integer member, as the .def rows name them.
 #define XML_SCRIPT_TEXTE(P, M)                                                                     \

@@ -48,7 +48,7 @@ done <<'CASES'
 |0|102 function rows (99 names)
 GglRequete|0|buffer (connection: gglConnexion, service: int, url: text, body: text, method: int)
 gglrequete|0|method       gglRequeteGET (default)
-GglListeContact|0|not built yet
+GglListeAlbum|0|not built yet
 GglRecupereCarte|0|image (connection: gglConnexion, address: text, width: int, height: int)
 GglAdWListeCampagne|0|registered without a handler
 gglParametreCarte|0|Echelle        Pixels per map point

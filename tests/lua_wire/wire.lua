@@ -61,6 +61,18 @@ function W.log(mark, host, port)
     return t
 end
 
+-- The requests to `host` that f() made, as "METHOD target" lines, their bodies, then f's results.
+function W.exchange(host, f)
+    local mark = W.mark()
+    local results = table.pack(f())
+    local lines, bodies = {}, {}
+    for _, e in ipairs(W.log(mark, host)) do
+        lines[#lines + 1] = e.method .. " " .. e.target
+        bodies[#bodies + 1] = e.body or ""
+    end
+    return table.concat(lines, "\n"), bodies, table.unpack(results, 1, results.n)
+end
+
 function W.fault(fault, port)
     local status, answer = W.control("POST", "/faults", fault, port)
     assert(status == 201, "fault refused: " .. W.encode(answer))

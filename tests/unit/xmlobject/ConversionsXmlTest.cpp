@@ -17,11 +17,9 @@ protected:
     void SetUp() override {
         XmlEssai::SetUp();
         CAuthor::ms_piType = &m_clTypeAuteur;
-        CEmail::ms_piType = &m_clTypeEmail;
     }
     void TearDown() override {
         CAuthor::ms_piType = nullptr;
-        CEmail::ms_piType = nullptr;
         XmlEssai::TearDown();
     }
     // GglVersXML on a value: the text, or "(600048:n)" for a refusal.
@@ -39,7 +37,6 @@ protected:
     }
 
     CTypeEssai m_clTypeAuteur{L"gglAuteur"};
-    CTypeEssai m_clTypeEmail{L"gglEmail"};
 };
 
 TEST_F(Conversions, GglVersXML) {
@@ -52,13 +49,12 @@ TEST_F(Conversions, GglVersXML) {
         << "the retained node, members no table describes included";
 
     auto clNouvel = CRef<CXmlObject>::Retain(CAuthor::s_pclCreeObjet(nullptr, nullptr));
-    auto clEmail = CRef<CXmlObject>::Adopt(CEmail::s_pclCreate(clNoeud.pGet(), XML_ELEMENT, nullptr, "gd:email"));
     CAny clTexte, clTableau;
     clTexte.__nSetString(L"<author/>");
     clTableau.SetTableau(clAuteur->vpiGetObjetBaseScript(), 111);
-    const CAny clNouvelValeur = Objet(clNouvel.pGet()), clEmailValeur = Objet(clEmail.pGet());
+    const CAny clNouvelValeur = Objet(clNouvel.pGet());
     for (const CAny* pcl : {static_cast<const CAny*>(nullptr), static_cast<const CAny*>(&clTexte),
-                            static_cast<const CAny*>(&clTableau), &clNouvelValeur, &clEmailValeur})
+                            static_cast<const CAny*>(&clTableau), &clNouvelValeur})
         EXPECT_EQ(VersXML(pcl), "(600048)");
 }
 
