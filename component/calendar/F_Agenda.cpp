@@ -85,8 +85,7 @@ bool s_bRemplitAgenda(CGoogleConnexion& clConnexion, CHTTPRequete& clRequete,
     CHTTPResponse clReponse =
         clConnexion.clExecuteRequeteCOM(CCtxInfo::s_piGetVM(pclCtx), clRequete, HTTPGET, pclErreur);
     if (!pclErreur->bEstPropre()) return false;
-    auto clRacine =
-        CRef<IElementJSON>::Adopt(CGoogleConnexion::s_piParseJSONResponse(clReponse, pclErreur, HTTPOK));
+    auto clRacine = CGoogleConnexion::s_piParseJSONResponse(clReponse, pclErreur, HTTPOK);
     if (!clRacine) return pclErreur->bEstPropre();
     CVisiteEvenements clVisiteur(pclErreur, pclCtx);
     clRacine->vAccepte(clVisiteur);
@@ -144,20 +143,21 @@ bool s_bGoogleRemplitAgenda(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx, CXE
 IKLTableau* CGoogleConnexion::GglListeAgenda(CCtxInfo* pclCtx, CXError* pclErreur, int nOption) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckAndLogService(SERVICEGOOGLE_AGENDA, piVM, pclErreur))
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleAgenda::ms_piType);
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleAgenda::ms_piType)
+            .pDetach();
     CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, s_sAPI(s_szFullCalendars).c_str(),
                            HTTPCT_FORMULAIRE);
     if (nOption == 1) clRequete.AjouteParametre(L"minAccessRole", L"owner");
     clRequete.AjouteParametre(L"maxResults", 250);
     CHTTPResponse clReponse = clExecuteRequeteCOM(piVM, clRequete, HTTPGET, pclErreur);
     if (!pclErreur->bEstPropre()) return nullptr;
-    auto clRacine = CRef<IElementJSON>::Adopt(s_piParseJSONResponse(clReponse, pclErreur, HTTPOK));
+    auto clRacine = s_piParseJSONResponse(clReponse, pclErreur, HTTPOK);
     if (!clRacine) return nullptr;
     CVisiteAgendas clVisiteur(pclErreur, pclCtx);
     clRacine->vAccepte(clVisiteur);
 
-    auto clTableau = CRef<IKLTableau>::Adopt(
-        CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleAgenda::ms_piType));
+    auto clTableau =
+        CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleAgenda::ms_piType);
     CXArray<CGoogleAgenda*>& tab = clVisiteur.tabGet();
     if (!clTableau || !clTableau->vbRedimensionne(static_cast<int>(tab.nGetNbElement()), pclErreur))
         return nullptr;
@@ -183,7 +183,7 @@ IObjetBase* CGoogleConnexion::GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclEr
         CHTTPResponse clReponse = clExecuteRequeteCOM(piVM, clRequete, HTTPGET, pclErreur);
         CRef<IElementJSON> clRacine;
         if (pclErreur->bEstPropre())
-            clRacine = CRef<IElementJSON>::Adopt(s_piParseJSONResponse(clReponse, pclErreur, HTTPOK));
+            clRacine = s_piParseJSONResponse(clReponse, pclErreur, HTTPOK);
         CVisiteAgendas clVisiteur(pclErreur, pclCtx);
         if (clRacine) clRacine->vAccepte(clVisiteur);
         const CXArray<CGoogleAgenda*>& tab = clVisiteur.tabGet();

@@ -41,7 +41,7 @@ void CCDinoGglBase::_EcritJSON(CGoogleConnexion& clConnexion, HTTPMethod eMethod
     CXYString<char> sTexte;
     if (!clReponse.bGetMessage(sTexte) || sTexte.bVide()) return;
     m_eEtatObjet = ETAT_SYNCHRONISE;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pclErreur);
     if (clRacine) clRacine->vAccepte(static_cast<CVisiteurJSONSetPropriete&>(*this));
 }
 

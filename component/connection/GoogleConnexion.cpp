@@ -134,7 +134,7 @@ void CGoogleConnexion::ForceRefreshTokens(CCtxInfo*, CXError* pclErreur,
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     const std::string sUtf8 = KVUtf8::VersUtf8(sJSON.sv());
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sUtf8.c_str(), pcl));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sUtf8.c_str(), pcl);
     if (!clRacine) {
         // No JSON service says nothing by itself: the text must not vanish without a word.
         if (pcl->bEstPropre())
@@ -292,7 +292,7 @@ bool CGoogleConnexion::__bRequestAccessFromRefreshToken(int nBits,
     CHTTPResponse clReponse = _clGetHTTPResponse(piVM, &clErreur);
     if (clReponse.eGetCodeRetour() != HTTPOK)
         return false;
-    auto clRacine = CRef<IElementJSON>::Adopt(s_piParseJSONResponse(clReponse, &clErreur, HTTPOK));
+    auto clRacine = s_piParseJSONResponse(clReponse, &clErreur, HTTPOK);
     if (!clRacine)
         return false;
     CVisitJSONRefreshToken clVisiteur;
@@ -344,19 +344,19 @@ bool CGoogleConnexion::__bCheckAndLogService(eSERVICESGOOGLE eService, IVM* piVM
 
 // ---- answers -----------------------------------------------------------------------------
 
-IDocumentXML* CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clReponse, CXError* pclErreur,
-                                                     eHTTPCODE eAttendu) {
+CRef<IDocumentXML> CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clReponse,
+                                                          CXError* pclErreur, eHTTPCODE eAttendu) {
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     if (clReponse.eGetCodeRetour() != eAttendu) {
         clReponse.SetErreurStatut(pcl);
-        return nullptr;
+        return {};
     }
     CXYString<wchar_t> sTexte;
     (void)clReponse.bGetMessage(sTexte);
     _CXErrorModule60 clCause;
-    IDocumentXML* piDocument = CComposanteGGL::s_piGetXMLDoc(sTexte.pszGet(), clCause);
-    if (!piDocument) {
+    CRef<IDocumentXML> clDocument = CComposanteGGL::s_piGetXMLDoc(sTexte.pszGet(), clCause);
+    if (!clDocument) {
         pcl->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
         // The parser's reason (where, and what it expected) goes along: as the cause, and in
         // the debug text that a report shows.
@@ -368,24 +368,24 @@ IDocumentXML* CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clReponse, C
                 pcl->AddDebugMessagePrintf(L"##%ls##", pszRaison);
         }
     }
-    return piDocument;
+    return clDocument;
 }
 
-IElementJSON* CGoogleConnexion::s_piParseJSONResponse(CHTTPResponse& clReponse, CXError* pclErreur,
-                                                      eHTTPCODE eAttendu) {
+CRef<IElementJSON> CGoogleConnexion::s_piParseJSONResponse(CHTTPResponse& clReponse,
+                                                           CXError* pclErreur, eHTTPCODE eAttendu) {
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     if (clReponse.eGetCodeRetour() != eAttendu) {
         clReponse.SetErreurStatut(pcl);
-        return nullptr;
+        return {};
     }
     CXYString<char> sTexte;
     (void)clReponse.bGetMessage(sTexte);
-    IElementJSON* piRacine = CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pcl);
+    CRef<IElementJSON> clRacine = CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pcl);
     // The parser's own cause, when it gave one, is the more precise.
-    if (!piRacine && pcl->bEstPropre())
+    if (!clRacine && pcl->bEstPropre())
         pcl->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
-    return piRacine;
+    return clRacine;
 }
 
 CXYString<wchar_t> CGoogleConnexion::s_czEscapeJSON(const CXYString<wchar_t>& sTexte) {

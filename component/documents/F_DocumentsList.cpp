@@ -84,8 +84,7 @@ std::unique_ptr<CVisiteDocuments> s_pclListe(CGoogleConnexion& clConnexion, CCtx
         clConnexion.clExecuteRequeteCOM(CCtxInfo::s_piGetVM(pclCtx), clRequete, HTTPGET, pclErreur);
     if (!pclErreur->bEstPropre())
         return nullptr;
-    auto clRacine = CRef<IElementJSON>::Adopt(
-        CGoogleConnexion::s_piParseJSONResponse(clReponse, pclErreur, HTTPOK));
+    auto clRacine = CGoogleConnexion::s_piParseJSONResponse(clReponse, pclErreur, HTTPOK);
     if (!clRacine)
         return nullptr;
     auto pclVisiteur = std::make_unique<CVisiteDocuments>(pclErreur, pclCtx);
@@ -150,7 +149,7 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
         return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleDocument::ms_piType);
     };
     if (!__bCheckAndLogService(SERVICEGOOGLE_DOCUMENTS, piVM, pclErreur))
-        return Vide();
+        return Vide().pDetach();
 
     std::wstring sExpression;
     if (nType != 0 || !s_bVide(pszDossier)) {
@@ -171,7 +170,7 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
         if (!s_bVide(pszDossier)) {
             const std::wstring sDossiers = s_sDossiers(*this, pclCtx, pclErreur, pszDossier);
             if (sDossiers.empty())
-                return Vide(); // no folder of that name: nothing more is asked
+                return Vide().pDetach(); // no folder of that name: nothing more is asked
             if (!sExpression.empty())
                 sExpression += L" and ";
             sExpression += L"(" + sDossiers + L")";
@@ -191,7 +190,7 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
     if (!pclDocuments)
         return nullptr;
     const CXArray<CGoogleDocument*>& tab = pclDocuments->tabGet();
-    auto clTableau = CRef<IKLTableau>::Adopt(Vide());
+    auto clTableau = Vide();
     if (!clTableau || !clTableau->vbRedimensionne(static_cast<int>(tab.nGetNbElement()), pclErreur))
         return nullptr;
     for (size_t i = 0; i < tab.nGetNbElement(); ++i) {

@@ -245,8 +245,7 @@ bool CFaceBookConnexionGenerique::_bGetLongTermToken(CXError* pclErreur) {
     CXYString<char> sCorps;
     if (!_bGetGraph(sChemin, nStatut, sCorps, pclErreur))
         return false;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sCorps.pszGet(),
-                                                                          pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sCorps.pszGet(), pclErreur);
     if (!clRacine)
         return false;
     CVisiteurMembres clVisiteur({L"access_token"});
@@ -265,8 +264,7 @@ bool CFaceBookConnexionGenerique::_bGetPageToken(IVM* piVM, CXError* pclErreur) 
         return false;
     const std::string sTexte(reinterpret_cast<const char*>(clReponse.pGetDonnees()),
                              clReponse.nGetTaille());
-    auto clRacine =
-        CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.c_str(), pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sTexte.c_str(), pclErreur);
     IObjetJSON* piObjet = clRacine ? clRacine->vpiGetIObjetJSON() : nullptr;
     if (!piObjet)
         return false;
@@ -350,8 +348,7 @@ bool CInterfFBCnx::bProcessRedirectionHTTP(const wchar_t* pszReponse,
     CXYString<char> sCorps;
     if (!m_pclConnexion->_bGetGraph(sChemin, nStatut, sCorps, pclErreur))
         return false;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sCorps.pszGet(),
-                                                                          pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sCorps.pszGet(), pclErreur);
     if (!clRacine) {
         if (pclErreur->bEstPropre())
             pclErreur->SetUserError(&gstMyModuleInfo60, 600003);

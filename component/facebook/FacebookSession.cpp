@@ -214,8 +214,7 @@ CAny CFacebookSession::FBRecupereInformationUtilisateur(CCtxInfo* pclCtx, CXErro
     }
     const std::string sTexte(reinterpret_cast<const char*>(clCorps.pGetDonnees()),
                              clCorps.nGetTaille());
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.c_str(),
-                                                                          pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sTexte.c_str(), pclErreur);
     if (!clRacine)
         return clResultat;
     CRecupInfoUtilisateurJSON clVisiteur(pszNom);

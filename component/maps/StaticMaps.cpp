@@ -318,7 +318,7 @@ IObjetBase* CGoogleConnexion::GglAdresseVersCoordonnees(CCtxInfo* pclCtx, CXErro
                         clReponse, pcl);
         return nullptr;
     }
-    auto clRacine = CRef<IElementJSON>::Adopt(s_piParseJSONResponse(clReponse, pcl, HTTPOK));
+    auto clRacine = s_piParseJSONResponse(clReponse, pcl, HTTPOK);
     if (!clRacine)
         return nullptr;
 

@@ -54,7 +54,7 @@ CAuthTokenDINO* CComposanteGGL::AuthIdentifie(IVM* piVM, COAuth2ParametresDINO* 
                                        bAuth ? L"URLToken" : L"URLAuth");
         return new CAuthTokenDINO;
     }
-    auto clHTTP = CRef<IHTTP>::Adopt(s_piQueryIHTTP(&clErreur));
+    auto clHTTP = s_piQueryIHTTP(&clErreur);
     if (!clHTTP)
         return new CAuthTokenDINO;
     // The token keeps the texts of this call, whatever the script changes afterwards.

@@ -31,7 +31,7 @@ void CGoogleConnexion::UpdateVersionXmlObjectMulti(IVM* piVM, CXError* pclErreur
     CHTTPResponse clReponse = clExecuteRequeteCOM(piVM, clRequete, HTTPGET, pclErreur);
     if (!pclErreur || !pclErreur->bEstPropre())
         return;
-    auto clDocument = CRef<IDocumentXML>::Adopt(s_piParseXMLResponse(clReponse, pclErreur, HTTPOK));
+    auto clDocument = s_piParseXMLResponse(clReponse, pclErreur, HTTPOK);
     auto clRacine = CRef<INoeudXML>::Adopt(clDocument ? clDocument->piGetRacine(0) : nullptr);
     if (!clRacine)
         return;

@@ -70,16 +70,14 @@ CTString COperationBase::_vclGetUrlModif() {
 
 IDocumentXML* COperationBase::_piNouvelleEntree(INoeudXML** ppiRacine) {
     *ppiRacine = nullptr;
-    IDocumentXML* piDocument = CComposanteGGL::s_piGetXMLDoc(nullptr);
-    if (!piDocument)
+    CRef<IDocumentXML> clDocument = CComposanteGGL::s_piGetXMLDoc(nullptr);
+    if (!clDocument)
         return nullptr;
-    piDocument->SetEncodage(L"UTF-8");
-    if (!piDocument->bCreeRacine("entry", ppiRacine) || !*ppiRacine) {
-        piDocument->vRelease();
+    clDocument->SetEncodage(L"UTF-8");
+    if (!clDocument->bCreeRacine("entry", ppiRacine) || !*ppiRacine)
         return nullptr;
-    }
     CComposanteGGL::s_AddNamespaceAttributes(*ppiRacine);
-    return piDocument;
+    return clDocument.pDetach();
 }
 
 CHTTPResponse COperationBase::_clEnvoieXml(CGoogleConnexion* pclConnexion, IVM* piVM,

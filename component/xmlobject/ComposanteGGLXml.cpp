@@ -56,7 +56,7 @@ const STTypeVersXML gtabTypesVersXML[] = {
 
 // The image's MIME type, as the host's image service tells it from the bytes or the file.
 void MimeDe(CKLMemoImage* pclImage, const CKLBIN& clOctets, CXYString<char>& czMime) {
-    auto clMain = CRef<IMainIMG>::Adopt(CComposanteGGL::s_piGetIMainIMG());
+    auto clMain = CComposanteGGL::s_piGetIMainIMG();
     if (!clMain)
         return;
     CXError clErreur;
@@ -87,7 +87,7 @@ void CComposanteGGL::s_GetChaineXml(INoeudXML* piNoeud, CXYString<char>& czSorti
     czSortie.Vide();
     if (!piNoeud)
         return;
-    auto clDocument = CRef<IDocumentXML>::Adopt(s_piGetXMLDoc(nullptr));
+    auto clDocument = s_piGetXMLDoc(nullptr);
     if (!clDocument)
         return;
     clDocument->SetEncodage(L"UTF-8");
