@@ -1,26 +1,12 @@
 #include "ComponentTables.h"
 
+#include "Execution.h"
 #include "NameKey.h"
 
 #include <climits>
 #include <cstring>
 
 namespace {
-
-// InfoComposante selectors of the tables.
-enum eTABLESELECTOR : uint32_t {
-    SELECTOR_LIBRARY = 1,
-    SELECTOR_CLASSES = 29,
-    SELECTOR_CLASS_COUNT = 30,
-    SELECTOR_TYPEREFS = 31,
-    SELECTOR_TYPEREF_COUNT = 32,
-    SELECTOR_FUNCTIONS = 33,
-    SELECTOR_FUNCTION_COUNT = 34,
-    SELECTOR_CONSTANTS = 23,
-    SELECTOR_CONSTANT_COUNT = 24,
-    SELECTOR_NAME_BLOCK = 40,
-    SELECTOR_NAME_BLOCK_SIZE = 41,
-};
 
 // Far above any real table: a count beyond it is a damaged record.
 constexpr uint64_t knMaxRows = 65535;
@@ -109,13 +95,13 @@ bool CComponentTables::bRead(PFNInfo pfnInfo, std::string& sError) {
         sError = "the component has no InfoComposante entry";
         return false;
     }
-    m_nLibrary = static_cast<unsigned>(pfnInfo(SELECTOR_LIBRARY, 0));
+    m_nLibrary = static_cast<unsigned>(pfnInfo(SELECTEUR_LIBRAIRIE, 0));
     if (!_bReadFunctions(pfnInfo, sError) || !_bReadClasses(pfnInfo, sError)) {
         Clear();
         return false;
     }
-    m_bNamed = _bReadNames(s_pPointer<unsigned char>(pfnInfo(SELECTOR_NAME_BLOCK, 0)),
-                           static_cast<size_t>(pfnInfo(SELECTOR_NAME_BLOCK_SIZE, 0)));
+    m_bNamed = _bReadNames(s_pPointer<unsigned char>(pfnInfo(SELECTEUR_BLOC_NOM, 0)),
+                           static_cast<size_t>(pfnInfo(SELECTEUR_TAILLE_BLOC_NOM, 0)));
     if (!m_bNamed) {
         // Without the block the vocabulary is still usable by made-up names.
         for (auto& st : m_tabFunctions)
@@ -161,10 +147,10 @@ bool CComponentTables::_bReadSyntax(const STKLSyntaxe& st, unsigned nIndex, STSy
 }
 
 bool CComponentTables::_bReadFunctions(PFNInfo pfnInfo, std::string& sError) {
-    auto* pstFonctions = s_pPointer<STKLFonction>(pfnInfo(SELECTOR_FUNCTIONS, 0));
-    uint64_t nFonctions = pfnInfo(SELECTOR_FUNCTION_COUNT, 0);
-    auto* pstConstantes = s_pPointer<STKLConstante>(pfnInfo(SELECTOR_CONSTANTS, 0));
-    uint64_t nConstantes = pfnInfo(SELECTOR_CONSTANT_COUNT, 0);
+    auto* pstFonctions = s_pPointer<STKLFonction>(pfnInfo(SELECTEUR_FONCTIONS, 0));
+    uint64_t nFonctions = pfnInfo(SELECTEUR_NB_FONCTIONS, 0);
+    auto* pstConstantes = s_pPointer<STKLConstante>(pfnInfo(SELECTEUR_CONSTANTES, 0));
+    uint64_t nConstantes = pfnInfo(SELECTEUR_NB_CONSTANTES, 0);
     if (nFonctions > knMaxRows || nConstantes > knMaxRows || (nFonctions && !pstFonctions) ||
         (nConstantes && !pstConstantes)) {
         sError = "the function or constant table is damaged";
@@ -203,10 +189,10 @@ bool CComponentTables::_bReadFunctions(PFNInfo pfnInfo, std::string& sError) {
 }
 
 bool CComponentTables::_bReadClasses(PFNInfo pfnInfo, std::string& sError) {
-    auto* ppszTypes = s_pPointer<const char*>(pfnInfo(SELECTOR_TYPEREFS, 0));
-    uint64_t nTypes = pfnInfo(SELECTOR_TYPEREF_COUNT, 0);
-    auto* ppstClasses = s_pPointer<const STKLOClasse*>(pfnInfo(SELECTOR_CLASSES, 0));
-    uint64_t nClasses = pfnInfo(SELECTOR_CLASS_COUNT, 0);
+    auto* ppszTypes = s_pPointer<const char*>(pfnInfo(SELECTEUR_TYPEREFS, 0));
+    uint64_t nTypes = pfnInfo(SELECTEUR_NB_TYPEREFS, 0);
+    auto* ppstClasses = s_pPointer<const STKLOClasse*>(pfnInfo(SELECTEUR_CLASSES, 0));
+    uint64_t nClasses = pfnInfo(SELECTEUR_NB_CLASSES, 0);
     if (nTypes > knMaxRows || nClasses > knMaxRows || (nTypes && !ppszTypes) ||
         (nClasses && !ppstClasses)) {
         sError = "the type reference or class table is damaged";
