@@ -33,9 +33,6 @@ constexpr wchar_t s_szFullTextQuery[] = L"q";
 constexpr wchar_t s_szOrderBy[] = L"orderBy";
 constexpr wchar_t s_szMaxResults_Calendar[] = L"maxResults";
 
-constexpr unsigned knErreurObjetNul = 600004;
-constexpr unsigned knErreurAgendaInconnu = 600012;
-
 using CVisiteAgendas = CVisitJSONInstancieTableau<CGoogleAgenda>;
 using CVisiteEvenements = CVisitJSONInstancieTableau<CGoogleEvenement>;
 
@@ -99,7 +96,7 @@ bool s_bGoogleRemplitAgenda(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx, CXE
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!clConnexion.__bCheckAndLogService(SERVICEGOOGLE_AGENDA, piVM, pclErreur)) return false;
     if (!pclAgenda) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return false;
     }
     // The host encodes what a URI may not hold; "#" and "@" it keeps, and a calendar id has
@@ -204,7 +201,7 @@ IObjetBase* CGoogleConnexion::GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclEr
         // The error the exchange left, else 600012 with the name; the script gets an empty
         // calendar either way.
         if (pclErreur->bEstPropre())
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurAgendaInconnu, sNom.pszGet());
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_CALENDAR_NOT_FOUND, sNom.pszGet());
         clChoisi = CRef<CGoogleAgenda>::Retain(CGoogleAgenda::s_pclCreeObjet(pclCtx, pclErreur));
         clChoisi->vNotifieErreurInstance(piVM, pclErreur, 0);
     } else if (!s_bGoogleRemplitAgenda(*this, pclCtx, pclErreur, clChoisi.pGet(), s_pDate(dtDebut),
@@ -259,7 +256,7 @@ bool CGoogleConnexion::GglRemplitAgendaParRequete(CCtxInfo* pclCtx, CXError* pcl
     if (!__bCheckAndLogService(SERVICEGOOGLE_AGENDA, CCtxInfo::s_piGetVM(pclCtx), pclErreur))
         return false;
     if (!pclAgenda) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return false;
     }
     // The id as it stands and the script's query as it stands: nothing added, nothing encoded.
@@ -276,7 +273,7 @@ bool CGoogleConnexion::GglEcrit(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAge
     if (!__bCheckAndLogService(SERVICEGOOGLE_AGENDA, CCtxInfo::s_piGetVM(pclCtx), pclErreur))
         return false;
     if (!pclAgenda) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return false;
     }
     pclAgenda->veCommitGLL(*this, pclCtx, pclErreur);
@@ -289,7 +286,7 @@ bool CGoogleConnexion::GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CGoogle
     // The host never passes a null object for this syntax; a direct caller gets the same answer
     // as GglEcrit's.
     if (!pclAgenda) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return false;
     }
     pclAgenda->m_eEtatObjet = ETAT_A_SUPPRIMER;

@@ -56,7 +56,7 @@ void CCDinoGglBase::_Supprime(CGoogleConnexion& clConnexion, std::wstring_view s
 void CCDinoGglBase::_FormateErreurHTTP(const CHTTPResponse& clReponse, CXError* pclErreur) {
     if (!pclErreur || !pclErreur->bEstPropre()) return;
     if (clReponse.eGetCodeRetour() == HTTPConflict)
-        pclErreur->SetUserError(&gstMyModuleInfo60, 600031);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_CONFLICT);
     else
         clReponse.SetErreurStatut(pclErreur);
 }

@@ -40,10 +40,6 @@ const STIdServiceGoogle CGoogleConnexion::s_stTabIdServices[SERVICEGOOGLE_NB] = 
 
 namespace {
 
-constexpr unsigned knErreurConnexion = 600001;
-constexpr unsigned knErreurReponseIlisible = 600003;
-constexpr unsigned knErreurService = 600013;
-
 // The script bits in the order logins and token stores walk them.
 constexpr int gtabOrdreBits[] = {1, 2, 8, 4, 16};
 
@@ -138,7 +134,7 @@ void CGoogleConnexion::ForceRefreshTokens(CCtxInfo*, CXError* pclErreur,
     if (!clRacine) {
         // No JSON service says nothing by itself: the text must not vanish without a word.
         if (pcl->bEstPropre())
-            pcl->SetUserError(&gstMyModuleInfo60, 600048, 1);
+            pcl->SetUserError(&gstMyModuleInfo60, KVERR_INVALID_PARAMETER, 1);
         return;
     }
     CVisitDeserialiseRefreshToken clVisiteur(&m_tabToken);
@@ -338,7 +334,7 @@ bool CGoogleConnexion::__bCheckAndLogService(eSERVICESGOOGLE eService, IVM* piVM
         return true;
     const bool bResultat = vbLogin(piVM, s_tabUnService(eService), pclErreur) != 0;
     if (!bResultat && pclErreur && pclErreur->bEstPropre())
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurConnexion, pszGetLastError());
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_LOGIN_FAILED, pszGetLastError());
     return bResultat;
 }
 
@@ -357,7 +353,7 @@ CRef<IDocumentXML> CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clRepon
     _CXErrorModule60 clCause;
     CRef<IDocumentXML> clDocument = CComposanteGGL::s_piGetXMLDoc(sTexte.pszGet(), clCause);
     if (!clDocument) {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
         // The parser's reason (where, and what it expected) goes along: as the cause, and in
         // the debug text that a report shows.
         if (!clCause.bEstPropre()) {
@@ -384,7 +380,7 @@ CRef<IElementJSON> CGoogleConnexion::s_piParseJSONResponse(CHTTPResponse& clRepo
     CRef<IElementJSON> clRacine = CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pcl);
     // The parser's own cause, when it gave one, is the more precise.
     if (!clRacine && pcl->bEstPropre())
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
     return clRacine;
 }
 
@@ -420,7 +416,7 @@ bool CGoogleConnexion::GglConnecte(CCtxInfo* pclCtx, CXError* pclErreur) {
     // The calendar alone, as the first scripts knew it.
     if (!vbLogin(CCtxInfo::s_piGetVM(pclCtx), s_tabUnService(SERVICEGOOGLE_AGENDA), pcl) &&
         pcl->bEstPropre())
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurConnexion, pszGetLastError());
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_LOGIN_FAILED, pszGetLastError());
     return pcl->bEstPropre();
 }
 
@@ -428,7 +424,7 @@ bool CGoogleConnexion::GglConnecte(CCtxInfo* pclCtx, CXError* pclErreur, int nBi
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     if (!bLoginMultiple(nBits, CCtxInfo::s_piGetVM(pclCtx), pcl) && pcl->bEstPropre())
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurConnexion, pszGetLastError());
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_LOGIN_FAILED, pszGetLastError());
     return pcl->bEstPropre();
 }
 
@@ -463,7 +459,7 @@ CXYString<char> CGoogleConnexion::__GglRequete(CCtxInfo* pclCtx, CXError* pclErr
 
     const eSERVICESGOOGLE eService = __eGetServiceFromKL(nBit);
     if (eService == SERVICEGOOGLE_AUCUN) {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurService, 2, nBit);
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_INVALID_SERVICE, 2, nBit);
         return {};
     }
     if (!__bCheckAndLogService(eService, piVM, pcl))

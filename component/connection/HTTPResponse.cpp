@@ -179,5 +179,5 @@ void CHTTPResponse::SetErreurStatut(CXError* pclErreur) const {
     CTString sMessage;
     DLLRES_bFormatMessage(&gstMyModuleInfo60, 5870, &sMessage, s_pszGetLibelle(eGetCodeRetour()),
                           sTexteServeur.pszGet());
-    pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, 600005, sMessage.pszGet());
+    pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, KVERR_HTTP_STATUS, sMessage.pszGet());
 }

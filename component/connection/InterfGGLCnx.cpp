@@ -161,7 +161,7 @@ bool CInterfGGLCnx::bProcessRedirectionHTTP(const wchar_t* pszReponse,
     auto clRacine = CComposanteGGL::s_piGetJSON(sTexte.c_str(), &clErreurJSON);
     if (!clRacine) {
         // The parser's own cause goes along under the component's.
-        pclErreur->SetUserError(&gstMyModuleInfo60, 600003);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
         if (!clErreurJSON.bEstPropre())
             pclErreur->AddSubError(&clErreurJSON);
         return false;

@@ -351,7 +351,7 @@ bool CInterfFBCnx::bProcessRedirectionHTTP(const wchar_t* pszReponse,
     auto clRacine = CComposanteGGL::s_piGetJSON(sCorps.pszGet(), pclErreur);
     if (!clRacine) {
         if (pclErreur->bEstPropre())
-            pclErreur->SetUserError(&gstMyModuleInfo60, 600003);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
         return false;
     }
     CVisiteurJSONGetToken clVisiteur;

@@ -121,7 +121,7 @@ CRef<IHTTP> CComposanteGGL::s_piQueryIHTTP(CXError* pclErreur) {
     }
     // A host too old for HTTP: the component cannot work.
     if (!clHTTP && pclErreur && pclErreur->bEstPropre())
-        pclErreur->SetUserError(&gstMyModuleInfo60, 600033);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_NO_HTTP_SERVICE);
     return clHTTP;
 }
 
@@ -181,7 +181,7 @@ void CComposanteGGL::s_CWString2CTString(const CXYString<wchar_t>& sSource, CTSt
 bool CComposanteGGL::s_bAuthIdentifie(IInterfGGLCnx& clInterface, IVM* piVM, int bParNavigateur,
                                       int nFonction, CXError& clErreur) {
     if (CInformationDLL::ms_nCodeProduitExecution != knProduitAvecDialogue) {
-        clErreur.SetUserError(&gstMyModuleInfo60, 600055);
+        clErreur.SetUserError(&gstMyModuleInfo60, KVERR_NO_LOGIN_DIALOGUE);
         return false;
     }
     if (!piVM)

@@ -111,7 +111,8 @@ private:
     bool bDansVue(int i) const { return i >= 0 && i < nNbVue(); }
     static bool bIndiceValide(int i, int nBorne, CXError* pclErreur) {
         if (i >= 0 && i < nBorne) return true;
-        if (pclErreur) pclErreur->SetUserError(&gstMyModuleInfo60, 600006, 1);
+        if (pclErreur)
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OUT_OF_RANGE, 1);
         return false;
     }
     size_t nPositionComplete(TElement* pcl) const {
@@ -123,7 +124,7 @@ private:
         void* p = nullptr;
         if (!piElement || !piElement->vbGetObjetC(p, TElement::ms_piType, 0, pclErreur) || !p) {
             if (pclErreur && pclErreur->bEstPropre())
-                pclErreur->SetUserError(&gstMyModuleInfo60, 600004, 1);
+                pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 1);
             return nullptr;
         }
         return static_cast<TElement*>(p);

@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr unsigned knErreurReponseIlisible = 600003;
 constexpr int knStatutOK = 200;
 
 // The keys of a generic provider's answer: no "message", which only Google's errors carry.
@@ -55,7 +54,7 @@ bool COAuth2Token::bInitFromJSON(const char* pszTexte, CXError* pclErreur) {
     auto clRacine = CComposanteGGL::s_piGetJSON(pszTexte ? pszTexte : "", &clErreurJSON);
     if (!clRacine) {
         if (pclErreur && pclErreur->bEstPropre()) {
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
             if (!clErreurJSON.bEstPropre())
                 pclErreur->AddSubError(&clErreurJSON);
         }

@@ -12,9 +12,7 @@
 #include "VM.h"
 #include "XMLService.h"
 
-namespace {
-constexpr unsigned knErreurSuppression = 600028;
-}
+namespace {}
 
 void CGoogleConnexion::UpdateVersionXmlObjectMulti(IVM* piVM, CXError* pclErreur,
                                                    CXmlObjectMulti* pclObjet) {
@@ -52,7 +50,7 @@ bool CGoogleConnexion::_bGglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CXmlO
     pclObjet->vNotifieSuppr();
     if (!clFile.bHasOperations(UPDATEOPS_SUPPR)) {
         if (pclErreur)
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurSuppression);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_NOT_SAVED);
         return false;
     }
     clFile.doOperations(this, CCtxInfo::s_piGetVM(pclCtx), pclErreur);

@@ -13,9 +13,7 @@
 
 namespace UpdateOps {
 
-namespace {
-constexpr unsigned knErreurConflit = 600031;
-}
+namespace {}
 
 COperationBase::COperationBase(eUPDATEOPS eOperation, eSERVICESGOOGLE eService,
                                CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet, bool bReference)
@@ -122,7 +120,7 @@ void CAjout::_vDoOperation(CGoogleConnexion* pclConnexion, IVM* piVM, CXError* p
     CHTTPResponse clReponse = _clEnvoieXml(pclConnexion, piVM, pclErreur, sURL, clRacine.pGet(), HTTPPOST);
     if (clErreur.bEstPropre() && clReponse.eGetCodeRetour() != HTTPCreated) {
         if (clReponse.eGetCodeRetour() == HTTPConflict)
-            clErreur.SetUserError(&gstMyModuleInfo60, knErreurConflit);
+            clErreur.SetUserError(&gstMyModuleInfo60, KVERR_CONFLICT);
         else
             clReponse.SetErreurStatut(&clErreur);
         return;

@@ -23,10 +23,6 @@
 
 namespace {
 
-constexpr unsigned knErreurArgument = 600048;
-constexpr unsigned knErreurFichier = 600008;
-constexpr unsigned knErreurTailleFichier = 600045;
-
 // The namespaces written on the root of every entry; the prefixes are part of the contract,
 // because description rows match on them.
 constexpr struct {
@@ -100,7 +96,7 @@ void CComposanteGGL::s_GetChaineXml(INoeudXML* piNoeud, CXYString<char>& czSorti
 CXYString<char> CComposanteGGL::GglVersXML(CCtxInfo*, CXError* pclErreur, const CAny* pclValeur) {
     auto Refuse = [pclErreur]() {
         if (pclErreur)
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurArgument, 1);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_INVALID_PARAMETER, 1);
         return CXYString<char>();
     };
     if (!pclValeur || pclValeur->bEstTableau() || pclValeur->nGetType() != 111)
@@ -140,13 +136,13 @@ int CComposanteGGL::s_bMEMOIMG2BIN(CKLMemoImage* pclImage, CKLBIN& clSortie, CXE
         std::unique_ptr<FILE, int (*)(FILE*)> clFichier(std::fopen(sChemin.c_str(), "rb"), &std::fclose);
         if (!clFichier) {
             if (pclErreur)
-                pclErreur->SetUserError(&gstMyModuleInfo60, knErreurFichier, pszChemin);
+                pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_FILE_NOT_FOUND, pszChemin);
             return 0;
         }
         struct stat stInfo {};
         if (fstat(fileno(clFichier.get()), &stInfo) != 0) {
             if (pclErreur)
-                pclErreur->SetUserError(&gstMyModuleInfo60, knErreurTailleFichier, pszChemin);
+                pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_FILE_SIZE, pszChemin);
             return 0;
         }
         std::unique_ptr<unsigned char, void (*)(void*)> clBloc(
