@@ -15,6 +15,8 @@
 // code page of narrow text, 0 or 65001 for UTF-8, 28591 for Latin-1. Narrow text is UTF-8
 // otherwise.
 #pragma once
+#include "AnyTypes.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>

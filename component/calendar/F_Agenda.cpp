@@ -160,7 +160,7 @@ IKLTableau* CGoogleConnexion::GglListeAgenda(CCtxInfo* pclCtx, CXError* pclErreu
         return nullptr;
     for (size_t i = 0; i < tab.nGetNbElement(); ++i) {
         CAny clValeur;
-        clValeur.SetObjet(tab[i]->piGetObjetBase(), 111);
+        clValeur.SetObjet(tab[i]->piGetObjetBase(), KVTYPE_KLDINO);
         if (!clTableau->vbSetElement(static_cast<int>(i), clValeur, pclErreur)) return nullptr;
     }
     return clTableau.pDetach();

@@ -62,7 +62,7 @@ void CCDinoGglBase::_FormateErreurHTTP(const CHTTPResponse& clReponse, CXError* 
 }
 
 bool CCDinoGglBase::s_bEstTexte(const CAny& clValeur) {
-    return clValeur.nGetType() == 16; // a string, not an array of them
+    return clValeur.nGetType() == KVTYPE_KLDSTRW; // a string, not an array of them
 }
 
 void CCDinoGglBase::s_CopieTexte(CAny& clValeur, CXYString<wchar_t>& sChamp) {

@@ -39,7 +39,7 @@ public:
     eVISITEJSON veVisiteValeur(CAny& clValeur) override {
         if (m_nCourant >= 0) {
             CAny clCopie = clValeur;
-            if (KV_bSucces(clCopie.__nCastTo(16)))
+            if (KV_bSucces(clCopie.__nCastTo(KVTYPE_KLDSTRW)))
                 (void)clCopie.__nFillString(m_tabValeurs[static_cast<size_t>(m_nCourant)]);
         }
         return VISITE_SUIVANT;
@@ -155,7 +155,8 @@ void CFaceBookConnexionGenerique::_CalculePermissionsEtPageID(const CKLANYArray&
     for (int i = 0; i < nNb; ++i) {
         CAny clCopie = *tabListe.pclAccesElement(i);
         CXYString<wchar_t> sTexte;
-        if (!KV_bSucces(clCopie.__nCastTo(16)) || !KV_bSucces(clCopie.__nFillString(sTexte)))
+        if (!KV_bSucces(clCopie.__nCastTo(KVTYPE_KLDSTRW)) ||
+            !KV_bSucces(clCopie.__nFillString(sTexte)))
             continue;
         std::wstring s(sTexte.sv());
         if (s.starts_with(svMarqueur)) {

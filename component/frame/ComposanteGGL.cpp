@@ -167,8 +167,8 @@ CRef<IKLTableau> CComposanteGGL::s_pclAlloueTableauVMVide(IVM* piVM, CXError* pc
     if (!piVM)
         return {};
     // Arrays of objects when a class is given, else of texts.
-    CRef<IKLTableau> clTableau =
-        CRef<IKLTableau>::Adopt(piVM->pclAlloueTableau(piType ? 111 : 16, 1, pclErreur));
+    CRef<IKLTableau> clTableau = CRef<IKLTableau>::Adopt(
+        piVM->pclAlloueTableau(piType ? KVTYPE_KLDINO : KVTYPE_KLDSTRW, 1, pclErreur));
     if (!clTableau || !clTableau->vbInitialise(piType, 0, 0, piVM, pclErreur))
         return {};
     return clTableau;

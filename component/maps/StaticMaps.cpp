@@ -219,7 +219,7 @@ private:
 std::wstring s_sTexte(IElementJSON* pi) {
     CAny clValeur;
     CXYString<wchar_t> s;
-    if (pi && pi->vbGetValeur(clValeur) && clValeur.nGetType() == 16)
+    if (pi && pi->vbGetValeur(clValeur) && clValeur.nGetType() == KVTYPE_KLDSTRW)
         (void)clValeur.__nFillString(s);
     return std::wstring(s.sv());
 }
@@ -227,7 +227,7 @@ std::wstring s_sTexte(IElementJSON* pi) {
 bool s_bReel(IElementJSON* pi, double& d) {
     CAny clValeur;
     return pi && pi->vbGetValeur(clValeur) &&
-           (clValeur.nGetType() == 9 || clValeur.nGetType() == 12) &&
+           (clValeur.nGetType() == KVTYPE_KLI8 || clValeur.nGetType() == KVTYPE_KLR8) &&
            KV_bSucces(clValeur.nGetREAL(&d));
 }
 

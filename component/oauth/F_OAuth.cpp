@@ -8,6 +8,7 @@
 #include "oauth/InterfGGLOAuth2.h"
 #include "oauth/OAuth2ParametresDINO.h"
 
+#include "AnyTypes.h"
 #include "HTTPService.h"
 #include "Ref.h"
 #include "VM.h"
@@ -74,7 +75,7 @@ void AuthIdentifie(STKLAppel* pstAppel, CComposanteGGL* pclLibrairie,
         pclLibrairie->RaiseErrorCopy(&clErreur);
     IObjetBase* piObjet = clToken->piGetObjetBase();
     if (piVM)
-        piVM->bRetourneValeurAppel(pstAppel->nAppel, &piObjet, 111);
+        piVM->bRetourneValeurAppel(pstAppel->nAppel, &piObjet, KVTYPE_KLDINO);
 }
 
 #define KLL_LIBRE_AuthIdentifie KLL_OUI

@@ -99,7 +99,7 @@ CXYString<char> CComposanteGGL::GglVersXML(CCtxInfo*, CXError* pclErreur, const 
             pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_INVALID_PARAMETER, 1);
         return CXYString<char>();
     };
-    if (!pclValeur || pclValeur->bEstTableau() || pclValeur->nGetType() != 111)
+    if (!pclValeur || pclValeur->bEstTableau() || pclValeur->nGetType() != KVTYPE_KLDINO)
         return Refuse();
     IInterfaceObjetBase* pi = pclValeur->piGetObjet();
     IInterfaceObjetBase* piBase = pi ? pi->vpiGetObjetBase() : nullptr;
@@ -196,7 +196,7 @@ void GglVersXML(STKLAppel* pstAppel, CComposanteGGL* pclLibrairie, CAny* pclVale
     CXYString<char> czXml = CComposanteGGL::GglVersXML(
         nullptr, pclLibrairie ? pclLibrairie->pclGetError() : nullptr, pclValeur);
     if (pstAppel && pstAppel->piVM)
-        pstAppel->piVM->bRetourneValeurAppel(pstAppel->nAppel, &czXml, 19);
+        pstAppel->piVM->bRetourneValeurAppel(pstAppel->nAppel, &czXml, KVTYPE_KLDSTRA);
 }
 
 #define KLL_LIBRE_GglVersXML KLL_OUI

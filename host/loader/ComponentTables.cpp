@@ -1,5 +1,6 @@
 #include "ComponentTables.h"
 
+#include "AnyTypes.h"
 #include "Execution.h"
 #include "NameKey.h"
 
@@ -344,49 +345,49 @@ int CComponentTables::nClassOfTypeRef(unsigned nTypeRef) const {
 
 std::string CComponentTables::sSignatureTypeName(const STSignatureItem& st) const {
     switch (st.nCode) {
-    case 0x8008:
+    case knKVTypeStarred | KVTYPE_KLI4:
         return "int*";
-    case 0x807A:
+    case knKVTypeStarred | KVTYPE_TEXT:
         return "text*";
-    case 0x801A:
+    case knKVTypeStarred | KVTYPE_KLDATETIME:
         return "datetime*";
     default:
         break;
     }
     switch (st.nBaseCode()) {
-    case 1:
+    case KVTYPE_KLBOOL:
         return "boolean";
-    case 8:
+    case KVTYPE_KLI4:
         return "int";
-    case 9:
+    case KVTYPE_KLI8:
         return "int64";
-    case 12:
+    case KVTYPE_KLR8:
         return "real";
-    case 16:
-    case 130:
+    case KVTYPE_KLDSTRW:
+    case KVTYPE_STRING:
         return "string";
-    case 17:
+    case KVTYPE_KLCARA:
         return "char";
-    case 19:
+    case KVTYPE_KLDSTRA:
         return "buffer";
-    case 26:
+    case KVTYPE_KLDATETIME:
         return "datetime";
-    case 28:
+    case KVTYPE_KLBIN:
         return "binary";
-    case 30:
+    case KVTYPE_KLMEMOIMG:
         return "image";
-    case 31:
+    case KVTYPE_ANY:
         return "any";
-    case 58:
+    case KVTYPE_STRINGARRAY:
         return "stringarray";
-    case 80:
+    case KVTYPE_STRINGORBUFFER:
         return "stringorbuffer";
-    case 112:
+    case KVTYPE_ARRAY:
         return "array";
-    case 122:
-    case 131:
+    case KVTYPE_TEXT:
+    case KVTYPE_TEXT2:
         return "text";
-    case 111:
+    case KVTYPE_KLDINO:
         if (st.nQualifier >= 1 && st.nQualifier <= m_tabTypeRefs.size())
             return m_tabTypeRefs[st.nQualifier - 1].sName;
         return "object";

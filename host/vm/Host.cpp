@@ -1,5 +1,6 @@
 #include "Host.h"
 
+#include "AnyTypes.h"
 #include "ArgumentBlock.h"
 #include "HostInformation.h"
 #include "HostServices.h"
@@ -220,7 +221,7 @@ bool CHost::bCall(int nFunction, const std::vector<CHostValue>& tabArguments, ST
     for (size_t i = nPremier; i < tabArguments.size(); ++i) {
         std::string sPourquoi;
         ITypeDescription* piClasse =
-            tabItems[i].nBaseCode() == 111
+            tabItems[i].nBaseCode() == KVTYPE_KLDINO
                 ? piType(clTables().nClassOfTypeRef(tabItems[i].nQualifier))
                 : nullptr;
         if (!clArguments.bAdd(tabItems[i], tabArguments[i], piClasse, sPourquoi))
@@ -274,19 +275,19 @@ CHostValue CHost::clConstant(int nConstant) const {
         return {};
     const STKLConstante* pst = clTables().tabConstants()[static_cast<size_t>(nConstant)].pst;
     switch (pst->nGetTypeCode()) {
-    case 122:
-    case 16:
+    case KVTYPE_TEXT:
+    case KVTYPE_KLDSTRW:
         return CHostValue::s_String(pst->pszValeur ? KVUtf8::VersUtf8(pst->pszValeur) : "");
-    case 1:
+    case KVTYPE_KLBOOL:
         return CHostValue::s_Boolean(pst->nValeur != 0);
-    case 12: {
+    case KVTYPE_KLR8: {
         double r;
         std::memcpy(&r, &pst->nValeur, sizeof(r));
         return CHostValue::s_Real(r);
     }
     default: // integers: 32 bits in the row's word
-        return CHostValue::s_Integer(pst->nGetTypeCode() == 9 ? pst->nValeur
-                                                              : static_cast<int32_t>(pst->nValeur));
+        return CHostValue::s_Integer(
+            pst->nGetTypeCode() == KVTYPE_KLI8 ? pst->nValeur : static_cast<int32_t>(pst->nValeur));
     }
 }
 

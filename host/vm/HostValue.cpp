@@ -97,92 +97,92 @@ bool CHostValue::s_bFromAny(const CAny& clAny, CHostValue& clOut) {
         return true;
     }
     switch (clAny.nGetType()) {
-    case 0:
+    case KVTYPE_NONE:
         return true;
-    case 1: {
+    case KVTYPE_KLBOOL: {
         bool b = false;
         if (!KV_bSucces(clAny.nGetBool(&b)))
             return false;
         clOut = s_Boolean(b);
         return true;
     }
-    case 2:
-    case 3:
-    case 4:
-    case 5:
-    case 6:
-    case 7:
-    case 8:
-    case 9:
-    case 14: {
+    case KVTYPE_KLUI1:
+    case KVTYPE_KLUI2:
+    case KVTYPE_KLUI4:
+    case KVTYPE_KLUI8:
+    case KVTYPE_KLI1:
+    case KVTYPE_KLI2:
+    case KVTYPE_KLI4:
+    case KVTYPE_KLI8:
+    case KVTYPE_KLUIX: {
         long n = 0;
         if (!KV_bSucces(clAny.nGetINT_64(&n)))
             return false;
         clOut = s_Integer(n);
         return true;
     }
-    case 10:
-    case 11:
-    case 12: {
+    case KVTYPE_KLCY:
+    case KVTYPE_KLR4:
+    case KVTYPE_KLR8: {
         double r = 0;
         if (!KV_bSucces(clAny.nGetREAL(&r)))
             return false;
         clOut = s_Real(r);
         return true;
     }
-    case 16:
-    case 24:
-    case 25:
-    case 81:
-    case 110:
-    case 148:
-    case 149: {
+    case KVTYPE_KLDSTRW:
+    case KVTYPE_KLDATEW:
+    case KVTYPE_KLTIMEW:
+    case KVTYPE_KLCARW:
+    case KVTYPE_KLPSTRW:
+    case KVTYPE_KLDSTRW_148:
+    case KVTYPE_KLDSTRW_149: {
         CXYString<wchar_t> s;
         if (!KV_bSucces(clAny.__nFillString(s)))
             return false;
         clOut = s_String(KVUtf8::VersUtf8(s.sv()));
         return true;
     }
-    case 17:
-    case 18:
-    case 19:
-    case 128:
-    case 129: {
+    case KVTYPE_KLCARA:
+    case KVTYPE_KLPSTRA:
+    case KVTYPE_KLDSTRA:
+    case KVTYPE_KLDATEA:
+    case KVTYPE_KLTIMEA: {
         CXYString<char> s;
         if (!KV_bSucces(clAny.__nFillString(s)))
             return false;
         clOut = s_String(std::string(s.sv()));
         return true;
     }
-    case 26: {
+    case KVTYPE_KLDATETIME: {
         CDateTime dt;
         if (!KV_bSucces(clAny.nGetDateTime(&dt)))
             return false;
         clOut = s_DateTime(dt);
         return true;
     }
-    case 27: {
+    case KVTYPE_KLDUREE: {
         long n = 0;
         if (!KV_bSucces(clAny.nGetDuree(&n)))
             return false;
         clOut = s_Integer(n);
         return true;
     }
-    case 28:
-    case 29: {
+    case KVTYPE_KLBIN:
+    case KVTYPE_KLBUFFER: {
         CKLBIN clBin;
         if (!KV_bSucces(clAny.nFillBinary(clBin)))
             return false;
         clOut = s_String(std::string(clBin.sv()));
         return true;
     }
-    case 108:
-    case 111:
-    case 135:
-    case 136:
-    case 141:
-    case 142:
-    case 143: {
+    case KVTYPE_KLOBJET_BASE:
+    case KVTYPE_KLDINO:
+    case KVTYPE_KLOBJET_BASE_135:
+    case KVTYPE_KLOBJET_BASE_136:
+    case KVTYPE_KLOBJET_BASE_141:
+    case KVTYPE_KLOBJET_BASE_142:
+    case KVTYPE_KLOBJET_BASE_143: {
         IInterfaceObjetBase* pi = clAny.piGetObjet();
         clOut = s_Object(pi ? static_cast<IObjetBase*>(pi->vpiGetObjetBase()) : nullptr);
         return true;
@@ -230,7 +230,7 @@ namespace {
 
 // The element type an array of these values takes: one kind throughout, or texts for none.
 bool s_bElementType(const std::vector<CHostValue>& tab, uint16_t& nType) {
-    nType = 16;
+    nType = KVTYPE_KLDSTRW;
     bool bPremier = true;
     for (const CHostValue& cl : tab) {
         uint16_t n = 0;
@@ -238,22 +238,22 @@ bool s_bElementType(const std::vector<CHostValue>& tab, uint16_t& nType) {
         case CHostValue::KIND_NIL:
             continue;
         case CHostValue::KIND_BOOLEAN:
-            n = 1;
+            n = KVTYPE_KLBOOL;
             break;
         case CHostValue::KIND_INTEGER:
-            n = 9;
+            n = KVTYPE_KLI8;
             break;
         case CHostValue::KIND_REAL:
-            n = 12;
+            n = KVTYPE_KLR8;
             break;
         case CHostValue::KIND_STRING:
-            n = 16;
+            n = KVTYPE_KLDSTRW;
             break;
         case CHostValue::KIND_DATETIME:
-            n = 26;
+            n = KVTYPE_KLDATETIME;
             break;
         case CHostValue::KIND_OBJECT:
-            n = 111;
+            n = KVTYPE_KLDINO;
             break;
         case CHostValue::KIND_ARRAY:
             return false;
@@ -262,8 +262,9 @@ bool s_bElementType(const std::vector<CHostValue>& tab, uint16_t& nType) {
             nType = n;
             bPremier = false;
         } else if (n != nType) {
-            if ((n == 9 && nType == 12) || (n == 12 && nType == 9))
-                nType = 12; // integers and reals mix as reals
+            if ((n == KVTYPE_KLI8 && nType == KVTYPE_KLR8) ||
+                (n == KVTYPE_KLR8 && nType == KVTYPE_KLI8))
+                nType = KVTYPE_KLR8; // integers and reals mix as reals
             else
                 return false;
         }
@@ -301,9 +302,9 @@ bool CHostValue::bToAny(CAny& clAny, CXError* pclErreur) const {
         clAny.SetDateTime(m_dt);
         return true;
     case KIND_OBJECT:
-        return KV_bSucces(clAny.SetObjet(m_clObjet.pGet(), 111));
+        return KV_bSucces(clAny.SetObjet(m_clObjet.pGet(), KVTYPE_KLDINO));
     case KIND_ARRAY: {
-        uint16_t nType = 16;
+        uint16_t nType = KVTYPE_KLDSTRW;
         if (!s_bElementType(m_tab, nType)) {
             KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE,
                                "an array holds values of one kind (or numbers of both kinds)");
