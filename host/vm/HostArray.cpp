@@ -22,15 +22,6 @@ CHostArray* CHostArray::s_pclNew(uint16_t nElementType) {
     return new CHostArray(nElementType);
 }
 
-void CHostArray::vAddRef() {
-    m_nRef.fetch_add(1, std::memory_order_relaxed);
-}
-
-void CHostArray::vRelease() {
-    if (m_nRef.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        delete this;
-}
-
 int CHostArray::vbInitialise(ITypeDescription* piTypeElement, int, int, IVM*, CXError*) {
     m_piElementClass = piTypeElement;
     return 1;
