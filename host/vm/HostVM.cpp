@@ -277,17 +277,7 @@ bool CHostVM::s_bReadValue(const void* pValeur, int nType, CHostValue& clOut) {
     case KVTYPE_ARRAY: {
         IKLTableau* pi;
         Lit(pi);
-        std::vector<CHostValue> tab;
-        int n = pi ? pi->vnGetNbElement() : 0;
-        for (int i = 0; i < n; ++i) {
-            CAny clElement;
-            CHostValue cl;
-            if (!pi->vbGetElement(i, clElement, nullptr) || !CHostValue::s_bFromAny(clElement, cl))
-                return false;
-            tab.push_back(std::move(cl));
-        }
-        clOut = CHostValue::s_Array(std::move(tab));
-        return true;
+        return CHostValue::s_bFromArray(pi, clOut);
     }
     default:
         return false;

@@ -80,32 +80,73 @@ const char* CHostValue::pszKindName() const {
     return "?";
 }
 
+namespace {
+
+// The value read by one of CAny's converting readers, then made a host value.
+template <class T, class F>
+bool s_bRead(const CAny& clAny, int (CAny::*pfnLit)(T*) const, F fnValeur, CHostValue& clOut) {
+    T x{};
+    if (!KV_bSucces((clAny.*pfnLit)(&x)))
+        return false;
+    clOut = fnValeur(x);
+    return true;
+}
+
+bool s_bReadWideText(const CAny& clAny, CHostValue& clOut) {
+    CXYString<wchar_t> s;
+    if (!KV_bSucces(clAny.__nFillString(s)))
+        return false;
+    clOut = CHostValue::s_String(KVUtf8::VersUtf8(s.sv()));
+    return true;
+}
+
+bool s_bReadNarrowText(const CAny& clAny, CHostValue& clOut) {
+    CXYString<char> s;
+    if (!KV_bSucces(clAny.__nFillString(s)))
+        return false;
+    clOut = CHostValue::s_String(std::string(s.sv()));
+    return true;
+}
+
+bool s_bReadBytes(const CAny& clAny, CHostValue& clOut) {
+    CKLBIN clBin;
+    if (!KV_bSucces(clAny.nFillBinary(clBin)))
+        return false;
+    clOut = CHostValue::s_String(std::string(clBin.sv()));
+    return true;
+}
+
+bool s_bReadObject(const CAny& clAny, CHostValue& clOut) {
+    IInterfaceObjetBase* pi = clAny.piGetObjet();
+    clOut = CHostValue::s_Object(pi ? static_cast<IObjetBase*>(pi->vpiGetObjetBase()) : nullptr);
+    return true;
+}
+
+} // namespace
+
+bool CHostValue::s_bFromArray(IKLTableau* piTableau, CHostValue& clOut) {
+    std::vector<CHostValue> tab;
+    int n = piTableau ? piTableau->vnGetNbElement() : 0;
+    for (int i = 0; i < n; ++i) {
+        CAny clElement;
+        CHostValue cl;
+        if (!piTableau->vbGetElement(i, clElement, nullptr) || !s_bFromAny(clElement, cl))
+            return false;
+        tab.push_back(std::move(cl));
+    }
+    clOut = s_Array(std::move(tab));
+    return true;
+}
+
 bool CHostValue::s_bFromAny(const CAny& clAny, CHostValue& clOut) {
     clOut = CHostValue();
-    if (clAny.bEstTableau()) {
-        auto* piTableau = static_cast<IKLTableau*>(clAny.piGetObjet());
-        std::vector<CHostValue> tab;
-        int n = piTableau ? piTableau->vnGetNbElement() : 0;
-        for (int i = 0; i < n; ++i) {
-            CAny clElement;
-            CHostValue cl;
-            if (!piTableau->vbGetElement(i, clElement, nullptr) || !s_bFromAny(clElement, cl))
-                return false;
-            tab.push_back(std::move(cl));
-        }
-        clOut = s_Array(std::move(tab));
-        return true;
-    }
+    if (clAny.bEstTableau())
+        return s_bFromArray(static_cast<IKLTableau*>(clAny.piGetObjet()), clOut);
     switch (clAny.nGetType()) {
     case KVTYPE_NONE:
         return true;
-    case KVTYPE_KLBOOL: {
-        bool b = false;
-        if (!KV_bSucces(clAny.nGetBool(&b)))
-            return false;
-        clOut = s_Boolean(b);
-        return true;
-    }
+    case KVTYPE_KLBOOL:
+        return s_bRead(clAny, &CAny::nGetBool, s_Boolean, clOut);
     case KVTYPE_KLUI1:
     case KVTYPE_KLUI2:
     case KVTYPE_KLUI4:
@@ -114,79 +155,41 @@ bool CHostValue::s_bFromAny(const CAny& clAny, CHostValue& clOut) {
     case KVTYPE_KLI2:
     case KVTYPE_KLI4:
     case KVTYPE_KLI8:
-    case KVTYPE_KLUIX: {
-        long n = 0;
-        if (!KV_bSucces(clAny.nGetINT_64(&n)))
-            return false;
-        clOut = s_Integer(n);
-        return true;
-    }
+    case KVTYPE_KLUIX:
+        return s_bRead(clAny, &CAny::nGetINT_64, s_Integer, clOut);
     case KVTYPE_KLCY:
     case KVTYPE_KLR4:
-    case KVTYPE_KLR8: {
-        double r = 0;
-        if (!KV_bSucces(clAny.nGetREAL(&r)))
-            return false;
-        clOut = s_Real(r);
-        return true;
-    }
+    case KVTYPE_KLR8:
+        return s_bRead(clAny, &CAny::nGetREAL, s_Real, clOut);
     case KVTYPE_KLDSTRW:
     case KVTYPE_KLDATEW:
     case KVTYPE_KLTIMEW:
     case KVTYPE_KLCARW:
     case KVTYPE_KLPSTRW:
     case KVTYPE_KLDSTRW_148:
-    case KVTYPE_KLDSTRW_149: {
-        CXYString<wchar_t> s;
-        if (!KV_bSucces(clAny.__nFillString(s)))
-            return false;
-        clOut = s_String(KVUtf8::VersUtf8(s.sv()));
-        return true;
-    }
+    case KVTYPE_KLDSTRW_149:
+        return s_bReadWideText(clAny, clOut);
     case KVTYPE_KLCARA:
     case KVTYPE_KLPSTRA:
     case KVTYPE_KLDSTRA:
     case KVTYPE_KLDATEA:
-    case KVTYPE_KLTIMEA: {
-        CXYString<char> s;
-        if (!KV_bSucces(clAny.__nFillString(s)))
-            return false;
-        clOut = s_String(std::string(s.sv()));
-        return true;
-    }
-    case KVTYPE_KLDATETIME: {
-        CDateTime dt;
-        if (!KV_bSucces(clAny.nGetDateTime(&dt)))
-            return false;
-        clOut = s_DateTime(dt);
-        return true;
-    }
-    case KVTYPE_KLDUREE: {
-        long n = 0;
-        if (!KV_bSucces(clAny.nGetDuree(&n)))
-            return false;
-        clOut = s_Integer(n);
-        return true;
-    }
+    case KVTYPE_KLTIMEA:
+        return s_bReadNarrowText(clAny, clOut);
+    case KVTYPE_KLDATETIME:
+        return s_bRead(clAny, &CAny::nGetDateTime, s_DateTime, clOut);
+    case KVTYPE_KLDUREE:
+        return s_bRead(clAny, &CAny::nGetDuree, s_Integer, clOut);
     case KVTYPE_KLBIN:
-    case KVTYPE_KLBUFFER: {
-        CKLBIN clBin;
-        if (!KV_bSucces(clAny.nFillBinary(clBin)))
-            return false;
-        clOut = s_String(std::string(clBin.sv()));
-        return true;
-    }
+    case KVTYPE_KLBUFFER:
+        return s_bReadBytes(clAny, clOut);
     case KVTYPE_KLOBJET_BASE:
     case KVTYPE_KLDINO:
     case KVTYPE_KLOBJET_BASE_135:
     case KVTYPE_KLOBJET_BASE_136:
     case KVTYPE_KLOBJET_BASE_141:
     case KVTYPE_KLOBJET_BASE_142:
-    case KVTYPE_KLOBJET_BASE_143: {
-        IInterfaceObjetBase* pi = clAny.piGetObjet();
-        clOut = s_Object(pi ? static_cast<IObjetBase*>(pi->vpiGetObjetBase()) : nullptr);
-        return true;
-    }
+    case KVTYPE_KLOBJET_BASE_143:
+        return s_bReadObject(clAny, clOut);
     default:
         return false; // fonts, carriers, images inside a value: nothing a caller of this host can hold
     }
