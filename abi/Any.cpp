@@ -19,7 +19,7 @@ using namespace KVAny;
 
 CAny::CAny() noexcept : m_pclImpl(nullptr), m_nType(0) {
     std::memset(m_abyValeur, 0, sizeof m_abyValeur);
-    Installe(0);
+    Installe(KVTYPE_NONE);
 }
 CAny::CAny(const CAny& o) noexcept : CAny() {
     o.m_pclImpl->Duplique(this);
@@ -134,38 +134,38 @@ int CAny::nAffecteConverti(const CAny& clSource, unsigned nCodePage) {
 // of the type keeps its implementation object, and only its area is cleared and written, as a
 // reader walking leaf after leaf sets them again and again.
 void CAny::SetBool(bool b) {
-    if (m_nType == 1)
+    if (m_nType == KVTYPE_KLBOOL)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(1);
+        (void)nReinitialise(KVTYPE_KLBOOL);
     Ecrit<int32_t>(m_abyValeur, b ? 1 : 0);
 }
 void CAny::SetInt(int n) {
-    if (m_nType == 8)
+    if (m_nType == KVTYPE_KLI4)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(8);
+        (void)nReinitialise(KVTYPE_KLI4);
     Ecrit<int32_t>(m_abyValeur, n);
 }
 void CAny::SetINT_64(long n) {
-    if (m_nType == 9)
+    if (m_nType == KVTYPE_KLI8)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(9);
+        (void)nReinitialise(KVTYPE_KLI8);
     Ecrit<int64_t>(m_abyValeur, n);
 }
 void CAny::SetUINT_64(unsigned long n) {
-    if (m_nType == 5)
+    if (m_nType == KVTYPE_KLUI8)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(5);
+        (void)nReinitialise(KVTYPE_KLUI8);
     Ecrit<uint64_t>(m_abyValeur, n);
 }
 void CAny::SetREAL(double r) {
-    if (m_nType == 12)
+    if (m_nType == KVTYPE_KLR8)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(12);
+        (void)nReinitialise(KVTYPE_KLR8);
     Ecrit(m_abyValeur, r);
 }
 
@@ -192,22 +192,22 @@ int CAny::__nSetString(const wchar_t* psz, int nLongueur, const STOCAW* pstOptio
     if (!KV_bSucces(s_nCodePage(pstOptions, nCP)) || nLongueur < -1 || (!psz && nLongueur > 0))
         return KV_ERR_PARAMETRE;
     size_t n = !psz ? 0 : nLongueur < 0 ? std::wcslen(psz) : static_cast<size_t>(nLongueur);
-    return _nAffecteTexte<wchar_t>(16, psz, n);
+    return _nAffecteTexte<wchar_t>(KVTYPE_KLDSTRW, psz, n);
 }
 void CAny::SetString(const CXYString<wchar_t>& s) {
     CXYString<wchar_t> clCopie(s);
-    (void)nReinitialise(16);
+    (void)nReinitialise(KVTYPE_KLDSTRW);
     Ecrit(m_abyValeur, clCopie.pDetach());
 }
 int CAny::SetStringA(const char* psz, int nLongueur) {
     if (nLongueur < -1 || (!psz && nLongueur > 0))
         return KV_ERR_PARAMETRE;
     size_t n = !psz ? 0 : nLongueur < 0 ? std::strlen(psz) : static_cast<size_t>(nLongueur);
-    return _nAffecteTexte<char>(19, psz, n);
+    return _nAffecteTexte<char>(KVTYPE_KLDSTRA, psz, n);
 }
 void CAny::SetStringA(const CXYString<char>& s) {
     CXYString<char> clCopie(s);
-    (void)nReinitialise(19);
+    (void)nReinitialise(KVTYPE_KLDSTRA);
     Ecrit(m_abyValeur, clCopie.pDetach());
 }
 int CAny::SetBinary(const void* p, size_t nTaille) {
@@ -215,30 +215,30 @@ int CAny::SetBinary(const void* p, size_t nTaille) {
     int nRes = cl.nAssign(p, nTaille, 0);
     if (!KV_bSucces(nRes))
         return nRes;
-    (void)nReinitialise(28);
+    (void)nReinitialise(KVTYPE_KLBIN);
     Ecrit(m_abyValeur, cl.pDetach());
     return KV_OK;
 }
 void CAny::SetBinary(const CKLBIN& clBin) {
     CKLBIN clCopie(clBin);
-    (void)nReinitialise(28);
+    (void)nReinitialise(KVTYPE_KLBIN);
     Ecrit(m_abyValeur, clCopie.pDetach());
 }
 void CAny::SetDateTime(const CDateTime& clDate) {
     CDateTime clCopie = clDate;
-    (void)nReinitialise(26);
+    (void)nReinitialise(KVTYPE_KLDATETIME);
     Ecrit(m_abyValeur, clCopie);
 }
 void CAny::SetDuree(long nMilli) {
-    (void)nReinitialise(27);
+    (void)nReinitialise(KVTYPE_KLDUREE);
     Ecrit<int64_t>(m_abyValeur, nMilli);
 }
 void CAny::SetPSTRX(const wchar_t* psz) {
-    (void)nReinitialise(110);
+    (void)nReinitialise(KVTYPE_KLPSTRW);
     Ecrit(m_abyValeur, psz);
 }
 void CAny::SetPSTRA(const char* psz) {
-    (void)nReinitialise(18);
+    (void)nReinitialise(KVTYPE_KLPSTRA);
     Ecrit(m_abyValeur, psz);
 }
 int CAny::SetObjet(IInterfaceObjetBase* pi, uint16_t nType) {
@@ -277,12 +277,12 @@ int CAny::SetPointeur(uint16_t nType, void* p) {
 }
 void CAny::SetPoint(const STKLPoint& st) {
     STKLPoint stCopie = st;
-    (void)nReinitialise(150);
+    (void)nReinitialise(KVTYPE_KLPOINT);
     Ecrit(m_abyValeur, stCopie);
 }
 void CAny::SetRectangle(const STKLRectangle& st) {
     STKLRectangle stCopie = st;
-    (void)nReinitialise(151);
+    (void)nReinitialise(KVTYPE_KLRECTANGLE);
     Ecrit(m_abyValeur, stCopie);
 }
 
@@ -373,19 +373,19 @@ int CAny::nGetManipAUB(STManipAUB* pst) {
         return KV_ERR_PARAMETRE;
     if (m_pclImpl->vnGetStockage() == KV_STOCKAGE_BINAIRE) {
         *pst = {reinterpret_cast<uintptr_t>(m_pclImpl->nGetDataAdr()), m_pclImpl->nGetDataSize(),
-                28};
+                KVTYPE_KLBIN};
         return KV_OK;
     }
     if (!m_pclImpl->nGetPCWSTR() && !m_pclImpl->nGetPCASTR()) {
-        int nRes = __nCastTo(16);
+        int nRes = __nCastTo(KVTYPE_KLDSTRW);
         if (!KV_bSucces(nRes))
             return nRes;
     }
     if (const wchar_t* psz = m_pclImpl->nGetPCWSTR()) {
-        *pst = {reinterpret_cast<uintptr_t>(psz), m_pclImpl->nGetSTRLEN() * sizeof(wchar_t), 16};
+        *pst = {reinterpret_cast<uintptr_t>(psz), m_pclImpl->nGetSTRLEN() * sizeof(wchar_t), KVTYPE_KLDSTRW};
     } else {
         const char* pszA = m_pclImpl->nGetPCASTR();
-        *pst = {reinterpret_cast<uintptr_t>(pszA), m_pclImpl->nGetSTRLEN(), 19};
+        *pst = {reinterpret_cast<uintptr_t>(pszA), m_pclImpl->nGetSTRLEN(), KVTYPE_KLDSTRA};
     }
     return KV_OK;
 }
@@ -411,7 +411,7 @@ int CAny::__nCastToString(const wchar_t** ppsz, const STOCAW* pstOptions) {
     if (!ppsz)
         return KV_ERR_PARAMETRE;
     if (!m_pclImpl->nGetPCWSTR()) {
-        int nRes = __nCastTo(16, pstOptions);
+        int nRes = __nCastTo(KVTYPE_KLDSTRW, pstOptions);
         if (!KV_bSucces(nRes))
             return nRes;
     }
@@ -423,7 +423,7 @@ int CAny::__nCastToString(const char** ppsz, const STOCAW* pstOptions) {
     if (!ppsz)
         return KV_ERR_PARAMETRE;
     if (!m_pclImpl->nGetPCASTR()) {
-        int nRes = __nCastTo(19, pstOptions);
+        int nRes = __nCastTo(KVTYPE_KLDSTRA, pstOptions);
         if (!KV_bSucces(nRes))
             return nRes;
     }
