@@ -17,6 +17,14 @@ using namespace KVAny;
 
 namespace {
 
+// The text p when its characters are of type C, else null: a text answers only as what it is.
+template <class C, class T> const C* s_pszSiLargeur(const T* p) {
+    if constexpr (sizeof(T) == sizeof(C))
+        return reinterpret_cast<const C*>(p);
+    else
+        return nullptr;
+}
+
 // Values held in place, of a plain C type, set from their image or from data of their size.
 template <class T> class CAny_TEnPlace : public CAny_Intern {
 public:
@@ -156,14 +164,10 @@ private:
 template <class T> class CAny_TCaractere : public CAny_TEnPlace<T> {
 public:
     const char* nGetPCASTR() const override {
-        if constexpr (sizeof(T) == 1)
-            return reinterpret_cast<const char*>(this->pbyValeur());
-        return nullptr;
+        return s_pszSiLargeur<char>(reinterpret_cast<const T*>(this->pbyValeur()));
     }
     const wchar_t* nGetPCWSTR() const override {
-        if constexpr (sizeof(T) != 1)
-            return reinterpret_cast<const wchar_t*>(this->pbyValeur());
-        return nullptr;
+        return s_pszSiLargeur<wchar_t>(reinterpret_cast<const T*>(this->pbyValeur()));
     }
     size_t nGetSTRLEN() const override { return this->tValeur() ? 1 : 0; }
     int vnLit(STAnyNeutre& st, unsigned nCodePage) const override {
@@ -222,16 +226,8 @@ public:
             Remplace(s.pDetach());
         return nRes;
     }
-    const char* nGetPCASTR() const override {
-        if constexpr (sizeof(T) == 1)
-            return pszTexte();
-        return nullptr;
-    }
-    const wchar_t* nGetPCWSTR() const override {
-        if constexpr (sizeof(T) != 1)
-            return pszTexte();
-        return nullptr;
-    }
+    const char* nGetPCASTR() const override { return s_pszSiLargeur<char>(pszTexte()); }
+    const wchar_t* nGetPCWSTR() const override { return s_pszSiLargeur<wchar_t>(pszTexte()); }
     size_t nGetSTRLEN() const override { return nLongueur(); }
     eKVSTOCKAGE vnGetStockage() const override {
         return sizeof(T) == 1 ? KV_STOCKAGE_CHAINEA : KV_STOCKAGE_CHAINEW;
@@ -326,16 +322,8 @@ public:
         this->Fixe(static_cast<const T*>(pDonnees));
         return KV_OK;
     }
-    const char* nGetPCASTR() const override {
-        if constexpr (sizeof(T) == 1)
-            return pszTexte();
-        return nullptr;
-    }
-    const wchar_t* nGetPCWSTR() const override {
-        if constexpr (sizeof(T) != 1)
-            return pszTexte();
-        return nullptr;
-    }
+    const char* nGetPCASTR() const override { return s_pszSiLargeur<char>(pszTexte()); }
+    const wchar_t* nGetPCWSTR() const override { return s_pszSiLargeur<wchar_t>(pszTexte()); }
     size_t nGetSTRLEN() const override { return s_nLongueurC(pszTexte()); }
     eKVSTOCKAGE vnGetStockage() const override { return KV_STOCKAGE_POINTEUR; }
     int vnLit(STAnyNeutre& st, unsigned nCodePage) const override {

@@ -92,27 +92,28 @@ bool s_bRead(const CAny& clAny, int (CAny::*pfnLit)(T*) const, F fnValeur, CHost
     return true;
 }
 
-bool s_bReadWideText(const CAny& clAny, CHostValue& clOut) {
-    CXYString<wchar_t> s;
-    if (!KV_bSucces(clAny.__nFillString(s)))
-        return false;
-    clOut = CHostValue::s_String(KVUtf8::VersUtf8(s.sv()));
-    return true;
+// A text or a byte block of the value, filled into a block of its own form, as a host string:
+// wide texts as UTF-8, narrow texts and bytes as they are.
+int s_nFill(const CAny& clAny, CXYString<wchar_t>& s) {
+    return clAny.__nFillString(s);
 }
-
-bool s_bReadNarrowText(const CAny& clAny, CHostValue& clOut) {
-    CXYString<char> s;
-    if (!KV_bSucces(clAny.__nFillString(s)))
-        return false;
-    clOut = CHostValue::s_String(std::string(s.sv()));
-    return true;
+int s_nFill(const CAny& clAny, CXYString<char>& s) {
+    return clAny.__nFillString(s);
 }
-
-bool s_bReadBytes(const CAny& clAny, CHostValue& clOut) {
-    CKLBIN clBin;
-    if (!KV_bSucces(clAny.nFillBinary(clBin)))
+int s_nFill(const CAny& clAny, CKLBIN& clBin) {
+    return clAny.nFillBinary(clBin);
+}
+std::string s_sBytes(std::wstring_view sv) {
+    return KVUtf8::VersUtf8(sv);
+}
+std::string s_sBytes(std::string_view sv) {
+    return std::string(sv);
+}
+template <class TBloc> bool s_bReadBlock(const CAny& clAny, CHostValue& clOut) {
+    TBloc cl;
+    if (!KV_bSucces(s_nFill(clAny, cl)))
         return false;
-    clOut = CHostValue::s_String(std::string(clBin.sv()));
+    clOut = CHostValue::s_String(s_sBytes(cl.sv()));
     return true;
 }
 
@@ -168,20 +169,20 @@ bool CHostValue::s_bFromAny(const CAny& clAny, CHostValue& clOut) {
     case KVTYPE_KLPSTRW:
     case KVTYPE_KLDSTRW_148:
     case KVTYPE_KLDSTRW_149:
-        return s_bReadWideText(clAny, clOut);
+        return s_bReadBlock<CXYString<wchar_t>>(clAny, clOut);
     case KVTYPE_KLCARA:
     case KVTYPE_KLPSTRA:
     case KVTYPE_KLDSTRA:
     case KVTYPE_KLDATEA:
     case KVTYPE_KLTIMEA:
-        return s_bReadNarrowText(clAny, clOut);
+        return s_bReadBlock<CXYString<char>>(clAny, clOut);
     case KVTYPE_KLDATETIME:
         return s_bRead(clAny, &CAny::nGetDateTime, s_DateTime, clOut);
     case KVTYPE_KLDUREE:
         return s_bRead(clAny, &CAny::nGetDuree, s_Integer, clOut);
     case KVTYPE_KLBIN:
     case KVTYPE_KLBUFFER:
-        return s_bReadBytes(clAny, clOut);
+        return s_bReadBlock<CKLBIN>(clAny, clOut);
     case KVTYPE_KLOBJET_BASE:
     case KVTYPE_KLDINO:
     case KVTYPE_KLOBJET_BASE_135:
