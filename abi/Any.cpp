@@ -1,1249 +1,25 @@
+// CAny: the value itself; its life, its type changes, its setters and readers. The value's
+// kind of storage is the implementation object's (AnyTypes.cpp), the conversions go through
+// the neutral form (AnyNeutre.cpp).
 #include "Any.h"
 
-#include "DateTime.h"
+#include "AnyNeutre.h"
 #include "KLBIN.h"
-#include "KVResult.h"
 #include "ManipAUB.h"
 #include "ObjectInterfaces.h"
-#include "Utf8.h"
 #include "XYString.h"
 
-#include <charconv>
-#include <cmath>
-#include <cstdio>
 #include <cstring>
-#include <cwchar>
-#include <exception>
 #include <limits>
-#include <new>
-#include <string>
-#include <string_view>
-#include <type_traits>
 #include <utility>
 
-// Wide enough for every integer a value can hold (80-bit currency included) with room to
-// detect overflow before it happens.
-__extension__ typedef __int128 KVEntier;
-__extension__ typedef unsigned __int128 KVNaturel;
-
-namespace {
-
-enum eKVGENRE {
-    KV_GENRE_AUCUN,
-    KV_GENRE_ENTIER,    // nEntier; booleans are 0 or 1
-    KV_GENRE_REEL,      // rReel
-    KV_GENRE_MONNAIE,   // nEntier, in millionths
-    KV_GENRE_TEXTE,     // sOctets, UTF-8
-    KV_GENRE_BINAIRE,   // sOctets, bytes (read as UTF-8 where text is wanted)
-    KV_GENRE_DATEHEURE, // clDate
-    KV_GENRE_DUREE,     // nEntier, in milliseconds
-};
-
-} // namespace
-
-// A value in a form independent of its storage: every conversion reads the source into this
-// and writes the target from it.
-struct STAnyNeutre {
-    eKVGENRE nGenre = KV_GENRE_AUCUN;
-    KVEntier nEntier = 0;
-    int nLargeur = 0; // bits of a stored integer, for bit fields; 0 otherwise
-    double rReel = 0;
-    bool bReelSimple = false; // a 32-bit real: its text is the shortest for that precision
-    std::string sOctets;
-    CDateTime clDate;
-};
-
-namespace {
-
-constexpr unsigned knCPUtf8 = 65001;
-constexpr unsigned knCPLatin1 = 28591;
-constexpr KVEntier knMillion = 1000000;
-constexpr KVEntier knMonnaieMax = (KVEntier(1) << 79) - 1;
-constexpr KVEntier knMonnaieMin = -(KVEntier(1) << 79);
-// Beyond any target of a conversion; digits past it only mark an overflow.
-constexpr KVEntier knLectureMax = KVEntier(1) << 100;
-
-template <class T> T tLit(const unsigned char* p) {
-    T v;
-    std::memcpy(&v, p, sizeof(T));
-    return v;
-}
-template <class T> void Ecrit(unsigned char* p, const T& v) {
-    std::memcpy(p, &v, sizeof(T));
-}
-
-template <class T> const T* s_pszVide() {
-    static const T sz[1] = {};
-    return sz;
-}
-
-template <class F> int s_nProtege(F f) noexcept {
-    try {
-        return f();
-    } catch (const std::exception&) { // bad_alloc, length_error: memory either way
-        return KV_ERR_MEMOIRE;
-    }
-}
-
-template <class T> size_t s_nLongueurC(const T* psz) {
-    if constexpr (sizeof(T) == 1)
-        return std::strlen(psz);
-    else
-        return std::wcslen(psz);
-}
-
-// ---- code pages of narrow text -------------------------------------------------------------
-
-bool s_bCodePageValide(unsigned nCP) {
-    return nCP == 0 || nCP == knCPUtf8 || nCP == knCPLatin1;
-}
-
-int s_nCodePage(const STOCAW* pst, unsigned& nCP) {
-    nCP = pst ? (pst->dwOptions & 0xFFFFu) : 0;
-    return s_bCodePageValide(nCP) ? KV_OK : KV_ERR_PARAMETRE;
-}
-
-std::string s_sDepuisNarrow(std::string_view s, unsigned nCP) {
-    if (nCP != knCPLatin1)
-        return std::string(s);
-    std::string r;
-    r.reserve(s.size());
-    for (unsigned char c : s) {
-        if (c < 0x80) {
-            r += static_cast<char>(c);
-        } else {
-            r += static_cast<char>(0xC0 | (c >> 6));
-            r += static_cast<char>(0x80 | (c & 0x3F));
-        }
-    }
-    return r;
-}
-
-// Characters that Latin-1 cannot hold become '?', as a narrow host string would show them.
-std::string s_sVersNarrow(std::string_view sUtf8, unsigned nCP) {
-    if (nCP != knCPLatin1)
-        return std::string(sUtf8);
-    std::wstring w = KVUtf8::VersWide(sUtf8);
-    std::string r;
-    r.reserve(w.size());
-    for (wchar_t c : w)
-        r += static_cast<uint32_t>(c) <= 0xFF ? static_cast<char>(c) : '?';
-    return r;
-}
-
-template <class T> std::string s_sVersUtf8(const T* p, size_t n, unsigned nCP) {
-    if constexpr (sizeof(T) == 1)
-        return s_sDepuisNarrow({p, n}, nCP);
-    else
-        return KVUtf8::VersUtf8({p, n});
-}
-
-// ---- reading text --------------------------------------------------------------------------
-
-enum eLECTURE { LU_OK, LU_INVALIDE, LU_DEPASSE };
-
-std::string_view s_svSansBlancs(std::string_view s) {
-    auto bBlanc = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
-    while (!s.empty() && bBlanc(s.front()))
-        s.remove_prefix(1);
-    while (!s.empty() && bBlanc(s.back()))
-        s.remove_suffix(1);
-    return s;
-}
-
-bool s_bChiffres(std::string_view s) {
-    for (char c : s)
-        if (c < '0' || c > '9')
-            return false;
-    return !s.empty();
-}
-
-// Optional sign, then decimal digits only.
-eLECTURE s_nLitEntier(std::string_view s, KVEntier& n) {
-    bool bNegatif = false;
-    if (!s.empty() && (s[0] == '+' || s[0] == '-')) {
-        bNegatif = s[0] == '-';
-        s.remove_prefix(1);
-    }
-    if (!s_bChiffres(s))
-        return LU_INVALIDE;
-    KVEntier v = 0;
-    bool bDepasse = false;
-    for (char c : s) {
-        if (v >= knLectureMax)
-            bDepasse = true;
-        else
-            v = v * 10 + (c - '0');
-    }
-    if (bDepasse)
-        return LU_DEPASSE;
-    n = bNegatif ? -v : v;
-    return LU_OK;
-}
-
-// A finite real in decimal or exponent form.
-eLECTURE s_nLitReel(std::string_view s, double& r) {
-    if (!s.empty() && s[0] == '+')
-        s.remove_prefix(1);
-    if (s.empty() || s[0] == '+')
-        return LU_INVALIDE;
-    double v = 0;
-    auto [pFin, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
-    if (ec == std::errc::result_out_of_range)
-        return LU_DEPASSE;
-    if (ec != std::errc() || pFin != s.data() + s.size())
-        return LU_INVALIDE;
-    if (!std::isfinite(v))
-        return LU_INVALIDE; // "inf" and "nan" are words, not numbers here
-    r = v;
-    return LU_OK;
-}
-
-int s_nDepuisLecture(eLECTURE n) {
-    return n == LU_OK ? KV_OK : n == LU_DEPASSE ? KV_ERR_DEPASSEMENT : KV_ERR_CONVERSION;
-}
-
-bool s_bEgalSansCasse(std::string_view s, std::string_view sMot) {
-    if (s.size() != sMot.size())
-        return false;
-    for (size_t i = 0; i < s.size(); ++i) {
-        char c = s[i];
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-        if (c != sMot[i])
-            return false;
-    }
-    return true;
-}
-
-// "HHMM", "HHMMSS" or "HHMMSSmmm".
-bool s_bFormeHeure(std::string_view s) {
-    if ((s.size() != 4 && s.size() != 6 && s.size() != 9) || !s_bChiffres(s))
-        return false;
-    auto nDeux = [&](size_t i) { return (s[i] - '0') * 10 + (s[i + 1] - '0'); };
-    return nDeux(0) <= 23 && nDeux(2) <= 59 && (s.size() == 4 || nDeux(4) <= 59);
-}
-
-// ---- writing text --------------------------------------------------------------------------
-
-std::string s_sDecimal(KVEntier n) {
-    char sz[48];
-    char* p = sz + sizeof sz;
-    KVNaturel u = n < 0 ? -static_cast<KVNaturel>(n) : static_cast<KVNaturel>(n);
-    do {
-        *--p = static_cast<char>('0' + static_cast<int>(u % 10));
-        u /= 10;
-    } while (u);
-    if (n < 0)
-        *--p = '-';
-    return std::string(p, static_cast<size_t>(sz + sizeof sz - p));
-}
-
-std::string s_sReel(double r, bool bSimple) {
-    char sz[64];
-    auto res = bSimple ? std::to_chars(sz, sz + sizeof sz, static_cast<float>(r))
-                       : std::to_chars(sz, sz + sizeof sz, r);
-    return std::string(sz, res.ptr);
-}
-
-// Millionths as a decimal, the fraction without trailing zeros.
-std::string s_sMonnaie(KVEntier n) {
-    KVEntier nAbs = n < 0 ? -n : n;
-    std::string s = (n < 0 ? "-" : "") + s_sDecimal(nAbs / knMillion);
-    auto nFraction = static_cast<int>(nAbs % knMillion);
-    if (nFraction) {
-        char sz[8];
-        for (int i = 5; i >= 0; --i, nFraction /= 10)
-            sz[i] = static_cast<char>('0' + nFraction % 10);
-        int nFin = 6;
-        while (sz[nFin - 1] == '0')
-            --nFin;
-        s += '.';
-        s.append(sz, static_cast<size_t>(nFin));
-    }
-    return s;
-}
-
-// Durations read and write as days, then hours, minutes, seconds (two digits each) and
-// thousandths (three), a sign in front when negative.
-std::string s_sDuree(KVEntier nMilli) {
-    KVEntier n = nMilli < 0 ? -nMilli : nMilli;
-    auto nPart = [&](KVEntier nDiv, KVEntier nMod) { return static_cast<int>(n / nDiv % nMod); };
-    char sz[16];
-    std::snprintf(sz, sizeof sz, "%02d%02d%02d%03d", nPart(3600000, 24), nPart(60000, 60),
-                  nPart(1000, 60), nPart(1, 1000));
-    return (nMilli < 0 ? "-" : "") + s_sDecimal(n / 86400000) + sz;
-}
-
-int s_nLitDuree(std::string_view s, KVEntier& nMilli) {
-    s = s_svSansBlancs(s);
-    bool bNegatif = !s.empty() && s[0] == '-';
-    if (bNegatif)
-        s.remove_prefix(1);
-    if (!s_bChiffres(s))
-        return KV_ERR_CONVERSION;
-    if (s.size() > 30)
-        return KV_ERR_DEPASSEMENT;
-    std::string sPlein = std::string(s.size() < 9 ? 9 - s.size() : 0, '0') + std::string(s);
-    size_t nJours = sPlein.size() - 9;
-    auto nLit = [&](size_t i, size_t n) {
-        KVEntier v = 0;
-        for (size_t k = 0; k < n; ++k)
-            v = v * 10 + (sPlein[i + k] - '0');
-        return v;
-    };
-    KVEntier nH = nLit(nJours, 2), nM = nLit(nJours + 2, 2), nS = nLit(nJours + 4, 2);
-    if (nH > 23 || nM > 59 || nS > 59)
-        return KV_ERR_CONVERSION;
-    KVEntier v =
-        nLit(0, nJours) * 86400000 + nH * 3600000 + nM * 60000 + nS * 1000 + nLit(nJours + 6, 3);
-    nMilli = bNegatif ? -v : v;
-    return KV_OK;
-}
-
-// ---- neutral form to targets ---------------------------------------------------------------
-
-bool s_bTextuel(const STAnyNeutre& st) {
-    return st.nGenre == KV_GENRE_TEXTE || st.nGenre == KV_GENRE_BINAIRE;
-}
-
-int s_nReelVersEntier(double r, KVEntier& n) {
-    if (!std::isfinite(r))
-        return KV_ERR_CONVERSION;
-    r = std::trunc(r);
-    if (std::fabs(r) >= 1e30)
-        return KV_ERR_DEPASSEMENT;
-    n = static_cast<KVEntier>(r);
-    return KV_OK;
-}
-
-// Integers take reals toward zero; text reads as an integer, or as a real when it is one.
-int s_nVersEntier(const STAnyNeutre& st, KVEntier& n) {
-    switch (st.nGenre) {
-    case KV_GENRE_ENTIER:
-    case KV_GENRE_DUREE:
-        n = st.nEntier;
-        return KV_OK;
-    case KV_GENRE_MONNAIE:
-        n = st.nEntier / knMillion;
-        return KV_OK;
-    case KV_GENRE_REEL:
-        return s_nReelVersEntier(st.rReel, n);
-    case KV_GENRE_TEXTE:
-    case KV_GENRE_BINAIRE: {
-        std::string_view s = s_svSansBlancs(st.sOctets);
-        eLECTURE nLu = s_nLitEntier(s, n);
-        if (nLu != LU_INVALIDE)
-            return s_nDepuisLecture(nLu);
-        double r;
-        nLu = s_nLitReel(s, r);
-        return nLu == LU_OK ? s_nReelVersEntier(r, n) : s_nDepuisLecture(nLu);
-    }
-    default:
-        return KV_ERR_CONVERSION;
-    }
-}
-
-int s_nVersReel(const STAnyNeutre& st, double& r) {
-    switch (st.nGenre) {
-    case KV_GENRE_ENTIER:
-    case KV_GENRE_DUREE:
-        r = static_cast<double>(st.nEntier);
-        return KV_OK;
-    case KV_GENRE_MONNAIE:
-        r = static_cast<double>(st.nEntier) / 1e6;
-        return KV_OK;
-    case KV_GENRE_REEL:
-        r = st.rReel;
-        return KV_OK;
-    case KV_GENRE_TEXTE:
-    case KV_GENRE_BINAIRE:
-        return s_nDepuisLecture(s_nLitReel(s_svSansBlancs(st.sOctets), r));
-    default:
-        return KV_ERR_CONVERSION;
-    }
-}
-
-// Text: "true"/"false" in any case, empty as false, else a number, true when not zero.
-int s_nVersBooleen(const STAnyNeutre& st, bool& b) {
-    if (s_bTextuel(st)) {
-        std::string_view s = s_svSansBlancs(st.sOctets);
-        if (s.empty() || s_bEgalSansCasse(s, "false") || s_bEgalSansCasse(s, "true")) {
-            b = !s.empty() && s[0] != 'f' && s[0] != 'F';
-            return KV_OK;
-        }
-    }
-    if (st.nGenre == KV_GENRE_REEL) {
-        b = st.rReel != 0;
-        return KV_OK;
-    }
-    KVEntier n;
-    int nRes = s_nVersEntier(st, n);
-    if (nRes == KV_ERR_CONVERSION && s_bTextuel(st)) {
-        double r;
-        nRes = s_nDepuisLecture(s_nLitReel(s_svSansBlancs(st.sOctets), r));
-        if (KV_bSucces(nRes))
-            b = r != 0;
-        return nRes;
-    }
-    if (nRes == KV_ERR_DEPASSEMENT && s_bTextuel(st))
-        nRes = KV_OK, n = 1; // huge, not zero
-    if (KV_bSucces(nRes))
-        b = n != 0;
-    return nRes;
-}
-
-int s_nVersTexte(const STAnyNeutre& st, std::string& s) {
-    switch (st.nGenre) {
-    case KV_GENRE_ENTIER:
-        s = s_sDecimal(st.nEntier);
-        return KV_OK;
-    case KV_GENRE_REEL:
-        s = s_sReel(st.rReel, st.bReelSimple);
-        return KV_OK;
-    case KV_GENRE_MONNAIE:
-        s = s_sMonnaie(st.nEntier);
-        return KV_OK;
-    case KV_GENRE_TEXTE:
-    case KV_GENRE_BINAIRE:
-        s = st.sOctets;
-        return KV_OK;
-    case KV_GENRE_DATEHEURE: {
-        char sz[18];
-        st.clDate.ToString(sz);
-        s = sz;
-        return KV_OK;
-    }
-    case KV_GENRE_DUREE:
-        s = s_sDuree(st.nEntier);
-        return KV_OK;
-    default:
-        return KV_ERR_CONVERSION;
-    }
-}
-
-int s_nVersOctets(const STAnyNeutre& st, std::string& s) {
-    return s_nVersTexte(st, s);
-}
-
-// Millionths; text with more than six decimals is cut, not rounded.
-int s_nVersMonnaie(const STAnyNeutre& st, KVEntier& n) {
-    switch (st.nGenre) {
-    case KV_GENRE_MONNAIE:
-        n = st.nEntier;
-        return KV_OK;
-    case KV_GENRE_ENTIER:
-    case KV_GENRE_DUREE:
-        n = st.nEntier * knMillion;
-        return KV_OK;
-    case KV_GENRE_REEL: {
-        if (!std::isfinite(st.rReel))
-            return KV_ERR_CONVERSION;
-        double r = std::round(st.rReel * 1e6);
-        if (std::fabs(r) >= 1e30)
-            return KV_ERR_DEPASSEMENT;
-        n = static_cast<KVEntier>(r);
-        return KV_OK;
-    }
-    case KV_GENRE_TEXTE:
-    case KV_GENRE_BINAIRE: {
-        std::string_view s = s_svSansBlancs(st.sOctets);
-        size_t nPoint = s.find('.');
-        std::string_view sEntier = s.substr(0, nPoint);
-        std::string_view sFraction = nPoint == s.npos ? std::string_view() : s.substr(nPoint + 1);
-        KVEntier nPartie;
-        bool bDecimal = !sEntier.empty() && sEntier.back() >= '0' && sEntier.back() <= '9' &&
-                        (nPoint == s.npos || s_bChiffres(sFraction));
-        eLECTURE nLu = bDecimal ? s_nLitEntier(sEntier, nPartie) : LU_INVALIDE;
-        if (nLu == LU_OK) {
-            KVEntier nFraction = 0;
-            for (size_t i = 0; i < 6; ++i)
-                nFraction = nFraction * 10 + (i < sFraction.size() ? sFraction[i] - '0' : 0);
-            bool bNegatif = sEntier[0] == '-';
-            n = nPartie * knMillion + (bNegatif ? -nFraction : nFraction);
-            return KV_OK;
-        }
-        if (nLu == LU_DEPASSE)
-            return KV_ERR_DEPASSEMENT;
-        STAnyNeutre stReel;
-        stReel.nGenre = KV_GENRE_REEL;
-        int nRes = s_nDepuisLecture(s_nLitReel(s, stReel.rReel));
-        return KV_bSucces(nRes) ? s_nVersMonnaie(stReel, n) : nRes;
-    }
-    default:
-        return KV_ERR_CONVERSION;
-    }
-}
-
-int s_nVersDuree(const STAnyNeutre& st, KVEntier& n) {
-    if (s_bTextuel(st))
-        return s_nLitDuree(st.sOctets, n);
-    return s_nVersEntier(st, n);
-}
-
-// Empty text is the empty date; otherwise the host's date-time text, or a time text alone.
-int s_nVersDateHeure(const STAnyNeutre& st, CDateTime& cl) {
-    if (st.nGenre == KV_GENRE_DATEHEURE) {
-        cl = st.clDate;
-        return KV_OK;
-    }
-    std::string s;
-    int nRes = s_nVersTexte(st, s);
-    if (!KV_bSucces(nRes))
-        return nRes;
-    CDateTime clLu;
-    if (!s.empty() && !clLu.FromString(s.c_str())) {
-        if (!s_bFormeHeure(s))
-            return KV_ERR_CONVERSION;
-        std::string sComplet = "00000000" + s + std::string(9 - s.size(), '0');
-        if (!clLu.FromString(sComplet.c_str()))
-            return KV_ERR_CONVERSION;
-    }
-    cl = clLu;
-    return KV_OK;
-}
-
-// "YYYYMMDD", or empty for a date that is not given.
-int s_nVersTexteDate(const STAnyNeutre& st, std::string& s) {
-    char sz[18];
-    if (st.nGenre == KV_GENRE_DATEHEURE) {
-        st.clDate.ToString(sz);
-        s = st.clDate.bEstRenseignee() ? std::string(sz, 8) : std::string();
-        return KV_OK;
-    }
-    std::string sTexte;
-    int nRes = s_nVersTexte(st, sTexte);
-    if (!KV_bSucces(nRes))
-        return nRes;
-    CDateTime cl;
-    if (!sTexte.empty() && !cl.FromString(sTexte.c_str()))
-        return KV_ERR_CONVERSION;
-    s = sTexte.substr(0, 8);
-    return KV_OK;
-}
-
-// "HHMM", "HHMMSS" or "HHMMSSmmm"; a date-time gives its time of day.
-int s_nVersTexteHeure(const STAnyNeutre& st, std::string& s) {
-    char sz[18];
-    if (st.nGenre == KV_GENRE_DATEHEURE) {
-        st.clDate.ToString(sz);
-        s.assign(sz + 8, 9);
-        return KV_OK;
-    }
-    std::string sTexte;
-    int nRes = s_nVersTexte(st, sTexte);
-    if (!KV_bSucces(nRes))
-        return nRes;
-    CDateTime cl;
-    if (sTexte.empty() || s_bFormeHeure(sTexte)) {
-        s = sTexte;
-        return KV_OK;
-    }
-    if (sTexte.size() > 8 && cl.FromString(sTexte.c_str())) {
-        cl.ToString(sz);
-        s.assign(sz + 8, 9);
-        return KV_OK;
-    }
-    return KV_ERR_CONVERSION;
-}
-
-// ---- access to the value area --------------------------------------------------------------
-
-int s_nCopie(void* pBuffer, size_t nTaille, const void* pSource, size_t nSource) {
-    if (nSource == 0)
-        return KV_OK;
-    if (!pBuffer || nTaille < nSource)
-        return KV_ERR_PARAMETRE;
-    std::memcpy(pBuffer, pSource, nSource);
-    return KV_OK;
-}
-
-} // namespace
-
-// ---- CAny_Intern: no known type, or an array ------------------------------------------------
-
-CAny& CAny_Intern::rAny() const {
-    auto* pby = reinterpret_cast<unsigned char*>(const_cast<CAny_Intern*>(this));
-    return *reinterpret_cast<CAny*>(pby - offsetof(CAny, m_abyImpl));
-}
-unsigned char* CAny_Intern::pbyValeur() const {
-    return rAny().m_abyValeur;
-}
-uint16_t CAny_Intern::nType() const {
-    return rAny().m_nType;
-}
-
-void CAny_Intern::Duplique(CAny* pclCible) const {
-    CAny& clSource = rAny();
-    if (!pclCible || pclCible == &clSource)
-        return;
-    pclCible->m_pclImpl->vLibere();
-    std::memcpy(pclCible->m_abyValeur, clSource.m_abyValeur, CAny::knTailleValeur);
-    pclCible->m_nType = clSource.m_nType;
-    pclCible->Installe(clSource.m_nType);
-    pclCible->m_pclImpl->vRetient();
-}
-
-size_t CAny_Intern::nGetSize() const {
-    return vnGetStockage() == KV_STOCKAGE_TABLEAU ? sizeof(void*) : 0;
-}
-const void* CAny_Intern::nGetAdr() const {
-    return nGetSize() ? pbyValeur() : nullptr;
-}
-int CAny_Intern::nFillBuffer(void* pBuffer, size_t nTaille) const {
-    return s_nCopie(pBuffer, nTaille, nGetAdr(), nGetSize());
-}
-size_t CAny_Intern::nGetDataSize() const {
-    return vnGetStockage() == KV_STOCKAGE_TABLEAU ? 0 : nGetSize();
-}
-const void* CAny_Intern::nGetDataAdr() const {
-    if (vnGetStockage() == KV_STOCKAGE_TABLEAU)
-        return tLit<void*>(pbyValeur());
-    return nGetAdr();
-}
-int CAny_Intern::nFillDataBuffer(void* pBuffer, size_t nTaille) const {
-    return s_nCopie(pBuffer, nTaille, nGetDataAdr(), nGetDataSize());
-}
-int CAny_Intern::SetValue(const void* pValeur) {
-    if (vnGetStockage() != KV_STOCKAGE_TABLEAU)
-        return KV_ERR_TYPE;
-    if (!pValeur)
-        return KV_ERR_PARAMETRE;
-    auto* pi = tLit<IInterfaceObjetBase*>(static_cast<const unsigned char*>(pValeur));
-    if (pi)
-        pi->vAddRef();
-    vLibere();
-    Ecrit(pbyValeur(), pi);
-    return KV_OK;
-}
-// An array has no data form that could be trusted to hold a reference.
-int CAny_Intern::SetValue(const void*, unsigned long) {
-    return KV_ERR_TYPE;
-}
-const char* CAny_Intern::nGetPCASTR() const {
-    return nullptr;
-}
-const wchar_t* CAny_Intern::nGetPCWSTR() const {
-    return nullptr;
-}
-size_t CAny_Intern::nGetSTRLEN() const {
-    return 0;
-}
-bool CAny_Intern::bIsPositive() const {
-    return true;
-}
-size_t CAny_Intern::nGetUtilDataSize() const {
-    return nGetDataSize();
-}
-int CAny_Intern::nFillUtilDataBuffer(void* pBuffer, size_t nTaille) const {
-    size_t nUtile = nGetUtilDataSize();
-    if (nUtile == 0)
-        return KV_OK;
-    if (!pBuffer)
-        return KV_ERR_PARAMETRE;
-    std::memcpy(pBuffer, nGetDataAdr(), nTaille < nUtile ? nTaille : nUtile);
-    return nTaille < nUtile ? KV_TRONQUE : KV_OK;
-}
-int CAny_Intern::nIncremente() {
-    return KV_ERR_TYPE;
-}
-int CAny_Intern::nDecremente() {
-    return KV_ERR_TYPE;
-}
-
-int CAny_Intern::SetValueFromANSI(const char* psz) {
-    return SetValueFromANSI(psz, 0u);
-}
-int CAny_Intern::SetValueFromUNICODE(const wchar_t* psz) {
-    return SetValueFromUNICODE(psz, 0u);
-}
-int CAny_Intern::SetValueFromANSI(const char* psz, unsigned nCodePage) {
-    if (!psz)
-        return KV_ERR_PARAMETRE;
-    return SetValueFromANSI(psz, std::strlen(psz), nCodePage);
-}
-int CAny_Intern::SetValueFromUNICODE(const wchar_t* psz, unsigned nCodePage) {
-    if (!psz)
-        return KV_ERR_PARAMETRE;
-    return SetValueFromUNICODE(psz, std::wcslen(psz), nCodePage);
-}
-int CAny_Intern::SetValueFromANSI(const char* p, size_t nLongueur, unsigned nCodePage) {
-    if ((!p && nLongueur) || !s_bCodePageValide(nCodePage))
-        return KV_ERR_PARAMETRE;
-    return s_nProtege([&]() -> int {
-        STAnyNeutre st;
-        st.nGenre = KV_GENRE_TEXTE;
-        st.sOctets = s_sDepuisNarrow({p, nLongueur}, nCodePage);
-        return vnEcrit(st, nCodePage);
-    });
-}
-int CAny_Intern::SetValueFromUNICODE(const wchar_t* p, size_t nLongueur, unsigned nCodePage) {
-    if ((!p && nLongueur) || !s_bCodePageValide(nCodePage))
-        return KV_ERR_PARAMETRE;
-    return s_nProtege([&]() -> int {
-        STAnyNeutre st;
-        st.nGenre = KV_GENRE_TEXTE;
-        st.sOctets = KVUtf8::VersUtf8({p, nLongueur});
-        return vnEcrit(st, nCodePage);
-    });
-}
-int CAny_Intern::SetValueOption(const void* pDonnees, unsigned long nTaille, unsigned nOptions) {
-    auto nTypeDonnees = static_cast<uint16_t>(nOptions & 0xFFFFu);
-    if (nTypeDonnees == 0 || nTypeDonnees == nType())
-        return SetValue(pDonnees, nTaille);
-    CAny clDonnees;
-    (void)clDonnees.__SetType(nTypeDonnees, 0);
-    if (clDonnees.nGetType() == 0)
-        return KV_ERR_TYPE;
-    int nRes = clDonnees.m_pclImpl->SetValue(pDonnees, nTaille);
-    if (!KV_bSucces(nRes))
-        return nRes;
-    // May replace this very object: nothing of it is used after.
-    return rAny().nAffecteConverti(clDonnees, 0);
-}
-
-eKVSTOCKAGE CAny_Intern::vnGetStockage() const {
-    return (nType() & CAny::knTableau) ? KV_STOCKAGE_TABLEAU : KV_STOCKAGE_AUCUN;
-}
-void CAny_Intern::vLibere() {
-    if (vnGetStockage() == KV_STOCKAGE_TABLEAU) {
-        if (auto* pi = tLit<IInterfaceObjetBase*>(pbyValeur()))
-            pi->vRelease();
-    }
-    std::memset(pbyValeur(), 0, CAny::knTailleValeur);
-}
-void CAny_Intern::vRetient() {
-    if (vnGetStockage() == KV_STOCKAGE_TABLEAU) {
-        if (auto* pi = tLit<IInterfaceObjetBase*>(pbyValeur()))
-            pi->vAddRef();
-    }
-}
-int CAny_Intern::vnLit(STAnyNeutre&, unsigned) const {
-    return KV_ERR_CONVERSION;
-}
-int CAny_Intern::vnEcrit(const STAnyNeutre&, unsigned) {
-    return KV_ERR_CONVERSION;
-}
-
-// ---- the storage templates, one per kind of row in AnyTypes.def ------------------------------
-
-namespace {
-
-// Values held in place, of a plain C type, set from their image or from data of their size.
-template <class T> class CAny_TEnPlace : public CAny_Intern {
-public:
-    size_t nGetSize() const override { return sizeof(T); }
-    const void* nGetAdr() const override { return pbyValeur(); }
-    int SetValue(const void* pValeur) override {
-        if (!pValeur)
-            return KV_ERR_PARAMETRE;
-        std::memcpy(pbyValeur(), pValeur, sizeof(T));
-        return KV_OK;
-    }
-    int SetValue(const void* pDonnees, unsigned long nTaille) override {
-        return nTaille == sizeof(T) ? SetValue(pDonnees) : KV_ERR_PARAMETRE;
-    }
-
-protected:
-    T tValeur() const { return tLit<T>(pbyValeur()); }
-    void Fixe(const T& v) { Ecrit(pbyValeur(), v); }
-};
-
-template <class T> class CAny_TNombre : public CAny_TEnPlace<T> {
-public:
-    bool bIsPositive() const override {
-        if constexpr (std::is_unsigned_v<T>)
-            return true;
-        else
-            return this->tValeur() >= 0;
-    }
-    int nIncremente() override { return nAjoute(1); }
-    int nDecremente() override { return nAjoute(-1); }
-    int vnLit(STAnyNeutre& st, unsigned) const override {
-        if constexpr (std::is_integral_v<T>) {
-            st.nGenre = KV_GENRE_ENTIER;
-            st.nEntier = this->tValeur();
-            st.nLargeur = 8 * sizeof(T);
-        } else {
-            st.nGenre = KV_GENRE_REEL;
-            st.rReel = this->tValeur();
-            st.bReelSimple = sizeof(T) == sizeof(float);
-        }
-        return KV_OK;
-    }
-    int vnEcrit(const STAnyNeutre& st, unsigned) override {
-        if constexpr (std::is_integral_v<T>) {
-            KVEntier n;
-            int nRes = s_nVersEntier(st, n);
-            if (KV_bSucces(nRes))
-                nRes = nFixeEntier(n);
-            return nRes;
-        } else {
-            double r;
-            int nRes = s_nVersReel(st, r);
-            if (!KV_bSucces(nRes))
-                return nRes;
-            if (sizeof(T) == sizeof(float) && std::isfinite(r) &&
-                std::fabs(r) > std::numeric_limits<float>::max())
-                return KV_ERR_DEPASSEMENT;
-            this->Fixe(static_cast<T>(r));
-            return KV_OK;
-        }
-    }
-
-private:
-    int nFixeEntier(KVEntier n) {
-        if (n < static_cast<KVEntier>(std::numeric_limits<T>::min()) ||
-            n > static_cast<KVEntier>(std::numeric_limits<T>::max()))
-            return KV_ERR_DEPASSEMENT;
-        this->Fixe(static_cast<T>(n));
-        return KV_OK;
-    }
-    int nAjoute(int nPas) {
-        if constexpr (std::is_integral_v<T>) {
-            return nFixeEntier(KVEntier(this->tValeur()) + nPas);
-        } else {
-            this->Fixe(static_cast<T>(this->tValeur() + static_cast<T>(nPas)));
-            return KV_OK;
-        }
-    }
-};
-
-template <class T> class CAny_TBooleen : public CAny_TEnPlace<T> {
-public:
-    int vnLit(STAnyNeutre& st, unsigned) const override {
-        st.nGenre = KV_GENRE_ENTIER;
-        st.nEntier = this->tValeur() != 0;
-        st.nLargeur = 8 * sizeof(T);
-        return KV_OK;
-    }
-    int vnEcrit(const STAnyNeutre& st, unsigned) override {
-        bool b;
-        int nRes = s_nVersBooleen(st, b);
-        if (KV_bSucces(nRes))
-            this->Fixe(b ? 1 : 0);
-        return nRes;
-    }
-};
-
-template <class T> class CAny_TMonnaie : public CAny_TEnPlace<T> {
-    static_assert(sizeof(T) == 10);
-
-public:
-    bool bIsPositive() const override { return nLit() >= 0; }
-    int nIncremente() override { return nFixe(nLit() + knMillion); }
-    int nDecremente() override { return nFixe(nLit() - knMillion); }
-    int vnLit(STAnyNeutre& st, unsigned) const override {
-        st.nGenre = KV_GENRE_MONNAIE;
-        st.nEntier = nLit();
-        return KV_OK;
-    }
-    int vnEcrit(const STAnyNeutre& st, unsigned) override {
-        KVEntier n;
-        int nRes = s_nVersMonnaie(st, n);
-        return KV_bSucces(nRes) ? nFixe(n) : nRes;
-    }
-
-private:
-    KVEntier nLit() const {
-        const unsigned char* p = this->pbyValeur();
-        KVNaturel u = 0;
-        for (int i = 9; i >= 0; --i)
-            u = (u << 8) | p[i];
-        if (p[9] & 0x80)
-            u |= ~KVNaturel(0) << 80; // sign extension of the 80 bits
-        return static_cast<KVEntier>(u);
-    }
-    int nFixe(KVEntier n) {
-        if (n < knMonnaieMin || n > knMonnaieMax)
-            return KV_ERR_DEPASSEMENT;
-        auto u = static_cast<KVNaturel>(n);
-        for (int i = 0; i < 10; ++i, u >>= 8)
-            this->pbyValeur()[i] = static_cast<unsigned char>(u);
-        return KV_OK;
-    }
-};
-
-// One character in place; the zeroed rest of the area terminates it as a text.
-template <class T> class CAny_TCaractere : public CAny_TEnPlace<T> {
-public:
-    const char* nGetPCASTR() const override {
-        if constexpr (sizeof(T) == 1)
-            return reinterpret_cast<const char*>(this->pbyValeur());
-        return nullptr;
-    }
-    const wchar_t* nGetPCWSTR() const override {
-        if constexpr (sizeof(T) != 1)
-            return reinterpret_cast<const wchar_t*>(this->pbyValeur());
-        return nullptr;
-    }
-    size_t nGetSTRLEN() const override { return this->tValeur() ? 1 : 0; }
-    int vnLit(STAnyNeutre& st, unsigned nCodePage) const override {
-        T c = this->tValeur();
-        st.nGenre = KV_GENRE_TEXTE;
-        st.sOctets = s_sVersUtf8(&c, c ? 1 : 0, nCodePage);
-        return KV_OK;
-    }
-    // A text of one character, or empty for the zero character.
-    int vnEcrit(const STAnyNeutre& st, unsigned nCodePage) override {
-        std::string s;
-        int nRes = s_nVersTexte(st, s);
-        if (!KV_bSucces(nRes))
-            return nRes;
-        T c = 0;
-        if constexpr (sizeof(T) == 1) {
-            std::string sN = s_sVersNarrow(s, nCodePage);
-            if (sN.size() > 1)
-                return KV_ERR_CONVERSION;
-            if (!sN.empty())
-                c = sN[0];
-        } else {
-            std::wstring w = KVUtf8::VersWide(s);
-            if (w.size() > 1)
-                return KV_ERR_CONVERSION;
-            if (!w.empty())
-                c = w[0];
-        }
-        this->Fixe(c);
-        return KV_OK;
-    }
-};
-
-// A counted string (CXYString<T>) held as its raw pointer.
-template <class T> class CAny_TChaine : public CAny_Intern {
-public:
-    size_t nGetSize() const override { return sizeof(T*); }
-    const void* nGetAdr() const override { return pbyValeur(); }
-    size_t nGetDataSize() const override { return (nLongueur() + 1) * sizeof(T); }
-    const void* nGetDataAdr() const override { return pszTexte(); }
-    size_t nGetUtilDataSize() const override { return nLongueur() * sizeof(T); }
-    int SetValue(const void* pValeur) override {
-        if (!pValeur)
-            return KV_ERR_PARAMETRE;
-        T* p = tLit<T*>(static_cast<const unsigned char*>(pValeur));
-        KVBloc::AddRef(p);
-        Remplace(p);
-        return KV_OK;
-    }
-    int SetValue(const void* pDonnees, unsigned long nTaille) override {
-        if (nTaille % sizeof(T) || (!pDonnees && nTaille))
-            return KV_ERR_PARAMETRE;
-        CXYString<T> s;
-        int nRes = s.nAffecte(static_cast<const T*>(pDonnees), nTaille / sizeof(T));
-        if (KV_bSucces(nRes))
-            Remplace(s.pDetach());
-        return nRes;
-    }
-    const char* nGetPCASTR() const override {
-        if constexpr (sizeof(T) == 1)
-            return pszTexte();
-        return nullptr;
-    }
-    const wchar_t* nGetPCWSTR() const override {
-        if constexpr (sizeof(T) != 1)
-            return pszTexte();
-        return nullptr;
-    }
-    size_t nGetSTRLEN() const override { return nLongueur(); }
-    eKVSTOCKAGE vnGetStockage() const override {
-        return sizeof(T) == 1 ? KV_STOCKAGE_CHAINEA : KV_STOCKAGE_CHAINEW;
-    }
-    void vLibere() override {
-        KVBloc::Release(p());
-        std::memset(pbyValeur(), 0, CAny::knTailleValeur);
-    }
-    void vRetient() override { KVBloc::AddRef(p()); }
-    int vnUnshare() override {
-        auto s = CXYString<T>::Adopt(p()); // the value's own reference, handed back below
-        int nRes = s.nUnshare();
-        Ecrit(pbyValeur(), s.pDetach());
-        return nRes;
-    }
-    int vnLit(STAnyNeutre& st, unsigned nCodePage) const override {
-        st.nGenre = KV_GENRE_TEXTE;
-        st.sOctets = s_sVersUtf8(pszTexte(), nLongueur(), nCodePage);
-        return KV_OK;
-    }
-    int vnEcrit(const STAnyNeutre& st, unsigned nCodePage) override {
-        std::string s;
-        int nRes = s_nVersTexte(st, s);
-        return KV_bSucces(nRes) ? nAffecteUtf8(s, nCodePage) : nRes;
-    }
-
-protected:
-    T* p() const { return tLit<T*>(pbyValeur()); }
-    const T* pszTexte() const { return p() ? p() : s_pszVide<T>(); }
-    size_t nLongueur() const { return KVBloc::nTaille(p()) / sizeof(T); }
-    void Remplace(T* pNouveau) {
-        KVBloc::Release(p());
-        Ecrit(pbyValeur(), pNouveau);
-    }
-    int nAffecteUtf8(std::string_view sUtf8, unsigned nCodePage) {
-        CXYString<T> s;
-        int nRes;
-        if constexpr (sizeof(T) == 1) {
-            std::string sN = s_sVersNarrow(sUtf8, nCodePage);
-            nRes = s.nAffecte(sN.data(), sN.size());
-        } else {
-            nRes = KVUtf8::nVersWide(sUtf8, s);
-        }
-        if (KV_bSucces(nRes))
-            Remplace(s.pDetach());
-        return nRes;
-    }
-};
-
-// A date or a time as text: a counted string whose content must keep its form.
-template <class T, bool bHeure> class CAny_TTexteForme : public CAny_TChaine<T> {
-public:
-    int SetValue(const void* pValeur) override { return CAny_TChaine<T>::SetValue(pValeur); }
-    int SetValue(const void* pDonnees, unsigned long nTaille) override {
-        if (nTaille % sizeof(T) || (!pDonnees && nTaille))
-            return KV_ERR_PARAMETRE;
-        return s_nProtege([&]() -> int {
-            STAnyNeutre st;
-            st.nGenre = KV_GENRE_TEXTE;
-            st.sOctets = s_sVersUtf8(static_cast<const T*>(pDonnees), nTaille / sizeof(T), 0);
-            return vnEcrit(st, 0);
-        });
-    }
-    eKVSTOCKAGE vnGetStockage() const override { return KV_STOCKAGE_AUCUN; }
-    int vnInitDefaut() override {
-        return s_nProtege([&]() -> int {
-            const wchar_t* psz = bHeure ? CDateTimeBase::ms_pcszValeurInitTime
-                                        : CDateTimeBase::ms_pcszValeurInitDate;
-            return this->nAffecteUtf8(KVUtf8::VersUtf8(psz), 0);
-        });
-    }
-    int vnEcrit(const STAnyNeutre& st, unsigned nCodePage) override {
-        std::string s;
-        int nRes = bHeure ? s_nVersTexteHeure(st, s) : s_nVersTexteDate(st, s);
-        return KV_bSucces(nRes) ? this->nAffecteUtf8(s, nCodePage) : nRes;
-    }
-};
-template <class T> using CAny_TTexteDate = CAny_TTexteForme<T, false>;
-template <class T> using CAny_TTexteHeure = CAny_TTexteForme<T, true>;
-
-// A text pointed to and not owned: it can be read, never produced by a conversion.
-template <class T> class CAny_TPTexte : public CAny_TEnPlace<const T*> {
-public:
-    size_t nGetDataSize() const override { return (nGetSTRLEN() + 1) * sizeof(T); }
-    const void* nGetDataAdr() const override { return pszTexte(); }
-    size_t nGetUtilDataSize() const override { return nGetSTRLEN() * sizeof(T); }
-    // The data form keeps the address of the text given.
-    int SetValue(const void* pValeur) override {
-        return CAny_TEnPlace<const T*>::SetValue(pValeur);
-    }
-    int SetValue(const void* pDonnees, unsigned long) override {
-        this->Fixe(static_cast<const T*>(pDonnees));
-        return KV_OK;
-    }
-    const char* nGetPCASTR() const override {
-        if constexpr (sizeof(T) == 1)
-            return pszTexte();
-        return nullptr;
-    }
-    const wchar_t* nGetPCWSTR() const override {
-        if constexpr (sizeof(T) != 1)
-            return pszTexte();
-        return nullptr;
-    }
-    size_t nGetSTRLEN() const override { return s_nLongueurC(pszTexte()); }
-    eKVSTOCKAGE vnGetStockage() const override { return KV_STOCKAGE_POINTEUR; }
-    int vnLit(STAnyNeutre& st, unsigned nCodePage) const override {
-        st.nGenre = KV_GENRE_TEXTE;
-        st.sOctets = s_sVersUtf8(pszTexte(), nGetSTRLEN(), nCodePage);
-        return KV_OK;
-    }
-    int vnEcrit(const STAnyNeutre&, unsigned) override { return KV_ERR_TYPE; }
-
-private:
-    const T* pszTexte() const { return this->tValeur() ? this->tValeur() : s_pszVide<T>(); }
-};
-
-template <class T> class CAny_TDateHeure : public CAny_TEnPlace<T> {
-public:
-    int vnLit(STAnyNeutre& st, unsigned) const override {
-        st.nGenre = KV_GENRE_DATEHEURE;
-        st.clDate = this->tValeur();
-        return KV_OK;
-    }
-    int vnEcrit(const STAnyNeutre& st, unsigned) override {
-        T cl;
-        int nRes = s_nVersDateHeure(st, cl);
-        if (KV_bSucces(nRes))
-            this->Fixe(cl);
-        return nRes;
-    }
-};
-
-// Signed milliseconds.
-template <class T> class CAny_TDuree : public CAny_TEnPlace<T> {
-public:
-    bool bIsPositive() const override { return this->tValeur() >= 0; }
-    int nIncremente() override { return nFixe(KVEntier(this->tValeur()) + 1); }
-    int nDecremente() override { return nFixe(KVEntier(this->tValeur()) - 1); }
-    int vnLit(STAnyNeutre& st, unsigned) const override {
-        st.nGenre = KV_GENRE_DUREE;
-        st.nEntier = this->tValeur();
-        return KV_OK;
-    }
-    int vnEcrit(const STAnyNeutre& st, unsigned) override {
-        KVEntier n;
-        int nRes = s_nVersDuree(st, n);
-        return KV_bSucces(nRes) ? nFixe(n) : nRes;
-    }
-
-private:
-    int nFixe(KVEntier n) {
-        if (n < std::numeric_limits<T>::min() || n > std::numeric_limits<T>::max())
-            return KV_ERR_DEPASSEMENT;
-        this->Fixe(static_cast<T>(n));
-        return KV_OK;
-    }
-};
-
-// A counted byte block (CKLBIN) held as its raw pointer.
-template <class T> class CAny_TBinaire : public CAny_Intern {
-    static_assert(sizeof(T) == sizeof(unsigned char*));
-
-public:
-    size_t nGetSize() const override { return sizeof(unsigned char*); }
-    const void* nGetAdr() const override { return pbyValeur(); }
-    size_t nGetDataSize() const override { return KVBloc::nTaille(p()); }
-    const void* nGetDataAdr() const override { return p() ? p() : s_pszVide<unsigned char>(); }
-    int SetValue(const void* pValeur) override {
-        if (!pValeur)
-            return KV_ERR_PARAMETRE;
-        auto* pNouveau = tLit<unsigned char*>(static_cast<const unsigned char*>(pValeur));
-        KVBloc::AddRef(pNouveau);
-        Remplace(pNouveau);
-        return KV_OK;
-    }
-    int SetValue(const void* pDonnees, unsigned long nTaille) override {
-        CKLBIN cl;
-        int nRes = cl.nAssign(pDonnees, nTaille, 0);
-        if (KV_bSucces(nRes))
-            Remplace(cl.pDetach());
-        return nRes;
-    }
-    eKVSTOCKAGE vnGetStockage() const override { return KV_STOCKAGE_BINAIRE; }
-    void vLibere() override {
-        KVBloc::Release(p());
-        std::memset(pbyValeur(), 0, CAny::knTailleValeur);
-    }
-    void vRetient() override { KVBloc::AddRef(p()); }
-    int vnUnshare() override {
-        if (KVBloc::nRef(p()) <= 1)
-            return KV_OK;
-        CKLBIN cl;
-        int nRes = cl.nAssign(p(), KVBloc::nTaille(p()), 0);
-        if (KV_bSucces(nRes))
-            Remplace(cl.pDetach());
-        return nRes;
-    }
-    int vnLit(STAnyNeutre& st, unsigned) const override {
-        st.nGenre = KV_GENRE_BINAIRE;
-        st.sOctets.assign(static_cast<const char*>(nGetDataAdr()), nGetDataSize());
-        return KV_OK;
-    }
-    // Text becomes its UTF-8 bytes; other values the bytes of their text.
-    int vnEcrit(const STAnyNeutre& st, unsigned) override {
-        std::string s;
-        int nRes = s_nVersOctets(st, s);
-        return KV_bSucces(nRes) ? SetValue(s.data(), s.size()) : nRes;
-    }
-
-private:
-    unsigned char* p() const { return tLit<unsigned char*>(pbyValeur()); }
-    void Remplace(unsigned char* pNouveau) {
-        KVBloc::Release(p());
-        Ecrit(pbyValeur(), pNouveau);
-    }
-};
-
-// A pointer of the host (image, carrier, font), kept and copied as it is.
-template <class T> class CAny_TOpaque : public CAny_TEnPlace<T> {
-public:
-    size_t nGetDataSize() const override { return 0; }
-    const void* nGetDataAdr() const override { return this->tValeur(); }
-    eKVSTOCKAGE vnGetStockage() const override { return KV_STOCKAGE_POINTEUR; }
-};
-
-// A counted object: a reference added on copy, dropped on clear.
-template <class T> class CAny_TObjet : public CAny_TEnPlace<T*> {
-public:
-    size_t nGetDataSize() const override { return 0; }
-    const void* nGetDataAdr() const override { return this->tValeur(); }
-    int SetValue(const void* pValeur) override {
-        if (!pValeur)
-            return KV_ERR_PARAMETRE;
-        T* pi = tLit<T*>(static_cast<const unsigned char*>(pValeur));
-        if (pi)
-            pi->vAddRef();
-        vLibere();
-        this->Fixe(pi);
-        return KV_OK;
-    }
-    // Bytes never become a reference: only the image form sets an object.
-    int SetValue(const void*, unsigned long) override { return KV_ERR_TYPE; }
-    eKVSTOCKAGE vnGetStockage() const override { return KV_STOCKAGE_OBJET; }
-    void vLibere() override {
-        if (T* pi = this->tValeur())
-            pi->vRelease();
-        std::memset(this->pbyValeur(), 0, CAny::knTailleValeur);
-    }
-    void vRetient() override {
-        if (T* pi = this->tValeur())
-            pi->vAddRef();
-    }
-};
-
-// A plain block of fixed size (point, rectangle): copied, never converted.
-template <class T> class CAny_TBloc : public CAny_TEnPlace<T> {};
-
-#define KV_ANY_TYPE(nCode, NOM, GENRE, T)                                                          \
-    class CAny_##NOM final : public CAny_T##GENRE<T> {                                             \
-    public:                                                                                        \
-        const char* vpszNomClasse() const override { return "CAny_" #NOM; }                        \
-    };                                                                                             \
-    static_assert(sizeof(CAny_##NOM) == sizeof(CAny_Intern), "a vtable pointer and nothing else");
-#include "AnyTypes.def"
-
-CAny_Intern* s_pclConstruit(void* pSlot, uint16_t nCode) {
-    if (nCode & CAny::knTableau)
-        return new (pSlot) CAny_Intern;
-    switch (nCode) {
-#define KV_ANY_TYPE(nCode, NOM, GENRE, T)                                                          \
-    case nCode:                                                                                    \
-        return new (pSlot) CAny_##NOM;
-#define KV_ANY_ALIAS(nCode, NOM)                                                                   \
-    case nCode:                                                                                    \
-        return new (pSlot) CAny_##NOM;
-#include "AnyTypes.def"
-    default:
-        return new (pSlot) CAny_Intern;
-    }
-}
-
-bool s_bConnu(unsigned nCode) {
-    switch (nCode) {
-#define KV_ANY_TYPE(nCode, NOM, GENRE, T) case nCode:
-#define KV_ANY_ALIAS(nCode, NOM) case nCode:
-#include "AnyTypes.def"
-        return true;
-    default:
-        return false;
-    }
-}
-
-} // namespace
+using namespace KVAny;
 
 // ---- CAny -----------------------------------------------------------------------------------
 
 CAny::CAny() noexcept : m_pclImpl(nullptr), m_nType(0) {
     std::memset(m_abyValeur, 0, sizeof m_abyValeur);
-    Installe(0);
+    Installe(KVTYPE_NONE);
 }
 CAny::CAny(const CAny& o) noexcept : CAny() {
     o.m_pclImpl->Duplique(this);
@@ -1358,38 +134,38 @@ int CAny::nAffecteConverti(const CAny& clSource, unsigned nCodePage) {
 // of the type keeps its implementation object, and only its area is cleared and written, as a
 // reader walking leaf after leaf sets them again and again.
 void CAny::SetBool(bool b) {
-    if (m_nType == 1)
+    if (m_nType == KVTYPE_KLBOOL)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(1);
+        (void)nReinitialise(KVTYPE_KLBOOL);
     Ecrit<int32_t>(m_abyValeur, b ? 1 : 0);
 }
 void CAny::SetInt(int n) {
-    if (m_nType == 8)
+    if (m_nType == KVTYPE_KLI4)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(8);
+        (void)nReinitialise(KVTYPE_KLI4);
     Ecrit<int32_t>(m_abyValeur, n);
 }
 void CAny::SetINT_64(long n) {
-    if (m_nType == 9)
+    if (m_nType == KVTYPE_KLI8)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(9);
+        (void)nReinitialise(KVTYPE_KLI8);
     Ecrit<int64_t>(m_abyValeur, n);
 }
 void CAny::SetUINT_64(unsigned long n) {
-    if (m_nType == 5)
+    if (m_nType == KVTYPE_KLUI8)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(5);
+        (void)nReinitialise(KVTYPE_KLUI8);
     Ecrit<uint64_t>(m_abyValeur, n);
 }
 void CAny::SetREAL(double r) {
-    if (m_nType == 12)
+    if (m_nType == KVTYPE_KLR8)
         std::memset(m_abyValeur, 0, knTailleValeur);
     else
-        (void)nReinitialise(12);
+        (void)nReinitialise(KVTYPE_KLR8);
     Ecrit(m_abyValeur, r);
 }
 
@@ -1416,22 +192,22 @@ int CAny::__nSetString(const wchar_t* psz, int nLongueur, const STOCAW* pstOptio
     if (!KV_bSucces(s_nCodePage(pstOptions, nCP)) || nLongueur < -1 || (!psz && nLongueur > 0))
         return KV_ERR_PARAMETRE;
     size_t n = !psz ? 0 : nLongueur < 0 ? std::wcslen(psz) : static_cast<size_t>(nLongueur);
-    return _nAffecteTexte<wchar_t>(16, psz, n);
+    return _nAffecteTexte<wchar_t>(KVTYPE_KLDSTRW, psz, n);
 }
 void CAny::SetString(const CXYString<wchar_t>& s) {
     CXYString<wchar_t> clCopie(s);
-    (void)nReinitialise(16);
+    (void)nReinitialise(KVTYPE_KLDSTRW);
     Ecrit(m_abyValeur, clCopie.pDetach());
 }
 int CAny::SetStringA(const char* psz, int nLongueur) {
     if (nLongueur < -1 || (!psz && nLongueur > 0))
         return KV_ERR_PARAMETRE;
     size_t n = !psz ? 0 : nLongueur < 0 ? std::strlen(psz) : static_cast<size_t>(nLongueur);
-    return _nAffecteTexte<char>(19, psz, n);
+    return _nAffecteTexte<char>(KVTYPE_KLDSTRA, psz, n);
 }
 void CAny::SetStringA(const CXYString<char>& s) {
     CXYString<char> clCopie(s);
-    (void)nReinitialise(19);
+    (void)nReinitialise(KVTYPE_KLDSTRA);
     Ecrit(m_abyValeur, clCopie.pDetach());
 }
 int CAny::SetBinary(const void* p, size_t nTaille) {
@@ -1439,30 +215,30 @@ int CAny::SetBinary(const void* p, size_t nTaille) {
     int nRes = cl.nAssign(p, nTaille, 0);
     if (!KV_bSucces(nRes))
         return nRes;
-    (void)nReinitialise(28);
+    (void)nReinitialise(KVTYPE_KLBIN);
     Ecrit(m_abyValeur, cl.pDetach());
     return KV_OK;
 }
 void CAny::SetBinary(const CKLBIN& clBin) {
     CKLBIN clCopie(clBin);
-    (void)nReinitialise(28);
+    (void)nReinitialise(KVTYPE_KLBIN);
     Ecrit(m_abyValeur, clCopie.pDetach());
 }
 void CAny::SetDateTime(const CDateTime& clDate) {
     CDateTime clCopie = clDate;
-    (void)nReinitialise(26);
+    (void)nReinitialise(KVTYPE_KLDATETIME);
     Ecrit(m_abyValeur, clCopie);
 }
 void CAny::SetDuree(long nMilli) {
-    (void)nReinitialise(27);
+    (void)nReinitialise(KVTYPE_KLDUREE);
     Ecrit<int64_t>(m_abyValeur, nMilli);
 }
 void CAny::SetPSTRX(const wchar_t* psz) {
-    (void)nReinitialise(110);
+    (void)nReinitialise(KVTYPE_KLPSTRW);
     Ecrit(m_abyValeur, psz);
 }
 void CAny::SetPSTRA(const char* psz) {
-    (void)nReinitialise(18);
+    (void)nReinitialise(KVTYPE_KLPSTRA);
     Ecrit(m_abyValeur, psz);
 }
 int CAny::SetObjet(IInterfaceObjetBase* pi, uint16_t nType) {
@@ -1501,12 +277,12 @@ int CAny::SetPointeur(uint16_t nType, void* p) {
 }
 void CAny::SetPoint(const STKLPoint& st) {
     STKLPoint stCopie = st;
-    (void)nReinitialise(150);
+    (void)nReinitialise(KVTYPE_KLPOINT);
     Ecrit(m_abyValeur, stCopie);
 }
 void CAny::SetRectangle(const STKLRectangle& st) {
     STKLRectangle stCopie = st;
-    (void)nReinitialise(151);
+    (void)nReinitialise(KVTYPE_KLRECTANGLE);
     Ecrit(m_abyValeur, stCopie);
 }
 
@@ -1597,19 +373,19 @@ int CAny::nGetManipAUB(STManipAUB* pst) {
         return KV_ERR_PARAMETRE;
     if (m_pclImpl->vnGetStockage() == KV_STOCKAGE_BINAIRE) {
         *pst = {reinterpret_cast<uintptr_t>(m_pclImpl->nGetDataAdr()), m_pclImpl->nGetDataSize(),
-                28};
+                KVTYPE_KLBIN};
         return KV_OK;
     }
     if (!m_pclImpl->nGetPCWSTR() && !m_pclImpl->nGetPCASTR()) {
-        int nRes = __nCastTo(16);
+        int nRes = __nCastTo(KVTYPE_KLDSTRW);
         if (!KV_bSucces(nRes))
             return nRes;
     }
     if (const wchar_t* psz = m_pclImpl->nGetPCWSTR()) {
-        *pst = {reinterpret_cast<uintptr_t>(psz), m_pclImpl->nGetSTRLEN() * sizeof(wchar_t), 16};
+        *pst = {reinterpret_cast<uintptr_t>(psz), m_pclImpl->nGetSTRLEN() * sizeof(wchar_t), KVTYPE_KLDSTRW};
     } else {
         const char* pszA = m_pclImpl->nGetPCASTR();
-        *pst = {reinterpret_cast<uintptr_t>(pszA), m_pclImpl->nGetSTRLEN(), 19};
+        *pst = {reinterpret_cast<uintptr_t>(pszA), m_pclImpl->nGetSTRLEN(), KVTYPE_KLDSTRA};
     }
     return KV_OK;
 }
@@ -1635,7 +411,7 @@ int CAny::__nCastToString(const wchar_t** ppsz, const STOCAW* pstOptions) {
     if (!ppsz)
         return KV_ERR_PARAMETRE;
     if (!m_pclImpl->nGetPCWSTR()) {
-        int nRes = __nCastTo(16, pstOptions);
+        int nRes = __nCastTo(KVTYPE_KLDSTRW, pstOptions);
         if (!KV_bSucces(nRes))
             return nRes;
     }
@@ -1647,7 +423,7 @@ int CAny::__nCastToString(const char** ppsz, const STOCAW* pstOptions) {
     if (!ppsz)
         return KV_ERR_PARAMETRE;
     if (!m_pclImpl->nGetPCASTR()) {
-        int nRes = __nCastTo(19, pstOptions);
+        int nRes = __nCastTo(KVTYPE_KLDSTRA, pstOptions);
         if (!KV_bSucces(nRes))
             return nRes;
     }

@@ -15,6 +15,8 @@
 // code page of narrow text, 0 or 65001 for UTF-8, 28591 for Latin-1. Narrow text is UTF-8
 // otherwise.
 #pragma once
+#include "AnyTypes.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -171,7 +173,7 @@ public:
     // Changes the type. With bGardeValeur 0 the value becomes the type's default; otherwise it
     // is converted, and cleared to the default when it cannot be: the result word tells which.
     int __SetType(uint16_t nCode, int bGardeValeur);
-    void Vide() { (void)__SetType(0, 0); }
+    void Vide() { (void)__SetType(KVTYPE_NONE, 0); }
 
     // Setters. Those that allocate answer a result word and leave the value as it was on
     // failure.
@@ -194,7 +196,7 @@ public:
     void SetPSTRX(const wchar_t* psz);
     void SetPSTRA(const char* psz);
     // A counted object (83, 108 and its aliases, 111): one reference added.
-    int SetObjet(IInterfaceObjetBase* pi, uint16_t nType = 108);
+    int SetObjet(IInterfaceObjetBase* pi, uint16_t nType = KVTYPE_KLOBJET_BASE);
     // An array of elements of nTypeElement: one reference added.
     int SetTableau(IInterfaceObjetBase* pi, uint16_t nTypeElement);
     // Image, carrier, font (30, 50, 65): the host's pointer, kept as it is.

@@ -2,6 +2,8 @@
 // Two 64-bit words and a 16-bit type: the address of the first byte, the size in bytes, and
 // the type code of what is held (16 wide text, 19 narrow text, 28 bytes).
 #pragma once
+#include "AnyTypes.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -13,7 +15,7 @@ struct STManipAUB {
 
     const void* pGetDonnees() const { return reinterpret_cast<const void*>(qwAdresse); }
     size_t nGetTaille() const { return static_cast<size_t>(qwTaille); }
-    bool bEstTexteUnicode() const { return nType == 16; }
+    bool bEstTexteUnicode() const { return nType == KVTYPE_KLDSTRW; }
     std::string_view svOctets() const {
         return {static_cast<const char*>(pGetDonnees()), nGetTaille()};
     }

@@ -1,6 +1,7 @@
 #include "Resources.h"
 
 #include "DataCompressor.h"
+#include "Execution.h"
 #include "KVResult.h"
 #include "Tables.h"
 #include "Utf8.h"
@@ -19,16 +20,6 @@ int gbInitialise = 0;
 PFNLoadStringKVM gpfnLoadStringKVM = nullptr;
 
 namespace {
-
-// The record of a component's command 3: load string nNumero into the buffer.
-struct STChargeChaine {
-    uint32_t nTaille;
-    uint32_t nNumero;
-    wchar_t* pszBuffer;
-    uint32_t nCapacite;
-    int32_t nResultat;
-};
-static_assert(sizeof(STChargeChaine) == 24);
 
 constexpr int knIndiceMax = 9;
 constexpr size_t knConversionMax = 16; // the longest conversion between the two marks
@@ -595,7 +586,7 @@ int DLLRES_bForceInitRessource(PFNCommandeComposante pfnCommande) {
     if (!pfnCommande)
         return 0;
     STChargeChaine st{sizeof(STChargeChaine), 0, nullptr, 0, 0};
-    pfnCommande(3, reinterpret_cast<uintptr_t>(&st));
+    pfnCommande(COMMANDE_CHARGE_CHAINE, reinterpret_cast<uintptr_t>(&st));
     return 1;
 }
 

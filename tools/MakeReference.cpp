@@ -89,7 +89,7 @@ struct STErrorRow {
     unsigned nCode, nMessage, nLevel;
 };
 const STErrorRow gtabError[] = {
-#define KV_ERROR_DEF(nCode, nRessource, nSeverite) {nCode, nRessource, nSeverite},
+#define KV_ERROR_DEF(Nom, nCode, nRessource, nSeverite) {nCode, nRessource, nSeverite},
 #include "frame/ErrorDefs.def"
 };
 

@@ -1,5 +1,6 @@
 // kvggl-probe: loads the component as a host does and prints what it says of itself, read
 // only through its exported entry points and records.
+#include "Execution.h"
 #include "StrMemAlloc.h"
 #include "Tables.h"
 
@@ -9,14 +10,6 @@
 #include <dlfcn.h>
 
 namespace {
-
-struct STChargeChaine {
-    uint32_t nReserve;
-    uint32_t nNumero;
-    wchar_t* pszTampon;
-    uint32_t nCapacite;
-    int32_t nResultat;
-};
 
 template <class F> F* pfn(void* h, const char* pszNom) {
     auto* p = reinterpret_cast<F*>(dlsym(h, pszNom));
@@ -44,20 +37,21 @@ int main(int argc, char** argv) {
     std::printf("component   %ls %ls, library %lu, version check %d\n",
                 pstModule ? pstModule->pszNomModule : L"?",
                 pstModule ? pstModule->pszVersionModule : L"?",
-                static_cast<unsigned long>(pfnInfo(1, 0)), pfn<int()>(h, "CheckVersion")());
+                static_cast<unsigned long>(pfnInfo(SELECTEUR_LIBRAIRIE, 0)),
+                pfn<int()>(h, "CheckVersion")());
     std::printf("vocabulary  %lu functions, %lu constants, %lu types, %lu classes\n",
-                static_cast<unsigned long>(pfnInfo(34, 0)),
-                static_cast<unsigned long>(pfnInfo(24, 0)),
-                static_cast<unsigned long>(pfnInfo(32, 0)),
-                static_cast<unsigned long>(pfnInfo(30, 0)));
+                static_cast<unsigned long>(pfnInfo(SELECTEUR_NB_FONCTIONS, 0)),
+                static_cast<unsigned long>(pfnInfo(SELECTEUR_NB_CONSTANTES, 0)),
+                static_cast<unsigned long>(pfnInfo(SELECTEUR_NB_TYPEREFS, 0)),
+                static_cast<unsigned long>(pfnInfo(SELECTEUR_NB_CLASSES, 0)));
     if (pstModule) {
         std::printf("errors      %lu codes, each with its message:\n",
                     static_cast<unsigned long>(pstModule->nNbErrorDef));
         for (uint64_t i = 0; i < pstModule->nNbErrorDef; ++i) {
             const STErrorDef& st = pstModule->pstErrorDef[i];
             wchar_t sz[160];
-            STChargeChaine stCharge{0, st.nRessource, sz, 160, 0};
-            pfnCommande(3, reinterpret_cast<uint64_t>(&stCharge));
+            STChargeChaine stCharge{sizeof(STChargeChaine), st.nRessource, sz, 160, 0};
+            pfnCommande(COMMANDE_CHARGE_CHAINE, reinterpret_cast<uint64_t>(&stCharge));
             for (wchar_t* p = sz; *p; ++p)
                 if (*p == L'\r' || *p == L'\n') *p = L' ';
             std::printf("  %u (level %u)  %ls\n", st.nCodeUtilisateur, st.nSeverite, sz);

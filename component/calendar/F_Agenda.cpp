@@ -33,9 +33,6 @@ constexpr wchar_t s_szFullTextQuery[] = L"q";
 constexpr wchar_t s_szOrderBy[] = L"orderBy";
 constexpr wchar_t s_szMaxResults_Calendar[] = L"maxResults";
 
-constexpr unsigned knErreurObjetNul = 600004;
-constexpr unsigned knErreurAgendaInconnu = 600012;
-
 using CVisiteAgendas = CVisitJSONInstancieTableau<CGoogleAgenda>;
 using CVisiteEvenements = CVisitJSONInstancieTableau<CGoogleEvenement>;
 
@@ -85,8 +82,7 @@ bool s_bRemplitAgenda(CGoogleConnexion& clConnexion, CHTTPRequete& clRequete,
     CHTTPResponse clReponse =
         clConnexion.clExecuteRequeteCOM(CCtxInfo::s_piGetVM(pclCtx), clRequete, HTTPGET, pclErreur);
     if (!pclErreur->bEstPropre()) return false;
-    auto clRacine =
-        CRef<IElementJSON>::Adopt(CGoogleConnexion::s_piParseJSONResponse(clReponse, pclErreur, HTTPOK));
+    auto clRacine = CGoogleConnexion::s_piParseJSONResponse(clReponse, pclErreur, HTTPOK);
     if (!clRacine) return pclErreur->bEstPropre();
     CVisiteEvenements clVisiteur(pclErreur, pclCtx);
     clRacine->vAccepte(clVisiteur);
@@ -100,7 +96,7 @@ bool s_bGoogleRemplitAgenda(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx, CXE
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!clConnexion.__bCheckAndLogService(SERVICEGOOGLE_AGENDA, piVM, pclErreur)) return false;
     if (!pclAgenda) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return false;
     }
     // The host encodes what a URI may not hold; "#" and "@" it keeps, and a calendar id has
@@ -144,26 +140,27 @@ bool s_bGoogleRemplitAgenda(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx, CXE
 IKLTableau* CGoogleConnexion::GglListeAgenda(CCtxInfo* pclCtx, CXError* pclErreur, int nOption) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckAndLogService(SERVICEGOOGLE_AGENDA, piVM, pclErreur))
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleAgenda::ms_piType);
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleAgenda::ms_piType)
+            .pDetach();
     CHTTPRequete clRequete(SERVICEGOOGLE_AGENDA, s_sAPI(s_szFullCalendars).c_str(),
                            HTTPCT_FORMULAIRE);
     if (nOption == 1) clRequete.AjouteParametre(L"minAccessRole", L"owner");
     clRequete.AjouteParametre(L"maxResults", 250);
     CHTTPResponse clReponse = clExecuteRequeteCOM(piVM, clRequete, HTTPGET, pclErreur);
     if (!pclErreur->bEstPropre()) return nullptr;
-    auto clRacine = CRef<IElementJSON>::Adopt(s_piParseJSONResponse(clReponse, pclErreur, HTTPOK));
+    auto clRacine = s_piParseJSONResponse(clReponse, pclErreur, HTTPOK);
     if (!clRacine) return nullptr;
     CVisiteAgendas clVisiteur(pclErreur, pclCtx);
     clRacine->vAccepte(clVisiteur);
 
-    auto clTableau = CRef<IKLTableau>::Adopt(
-        CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleAgenda::ms_piType));
+    auto clTableau =
+        CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleAgenda::ms_piType);
     CXArray<CGoogleAgenda*>& tab = clVisiteur.tabGet();
     if (!clTableau || !clTableau->vbRedimensionne(static_cast<int>(tab.nGetNbElement()), pclErreur))
         return nullptr;
     for (size_t i = 0; i < tab.nGetNbElement(); ++i) {
         CAny clValeur;
-        clValeur.SetObjet(tab[i]->piGetObjetBase(), 111);
+        clValeur.SetObjet(tab[i]->piGetObjetBase(), KVTYPE_KLDINO);
         if (!clTableau->vbSetElement(static_cast<int>(i), clValeur, pclErreur)) return nullptr;
     }
     return clTableau.pDetach();
@@ -183,7 +180,7 @@ IObjetBase* CGoogleConnexion::GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclEr
         CHTTPResponse clReponse = clExecuteRequeteCOM(piVM, clRequete, HTTPGET, pclErreur);
         CRef<IElementJSON> clRacine;
         if (pclErreur->bEstPropre())
-            clRacine = CRef<IElementJSON>::Adopt(s_piParseJSONResponse(clReponse, pclErreur, HTTPOK));
+            clRacine = s_piParseJSONResponse(clReponse, pclErreur, HTTPOK);
         CVisiteAgendas clVisiteur(pclErreur, pclCtx);
         if (clRacine) clRacine->vAccepte(clVisiteur);
         const CXArray<CGoogleAgenda*>& tab = clVisiteur.tabGet();
@@ -204,7 +201,7 @@ IObjetBase* CGoogleConnexion::GglRecupereAgenda(CCtxInfo* pclCtx, CXError* pclEr
         // The error the exchange left, else 600012 with the name; the script gets an empty
         // calendar either way.
         if (pclErreur->bEstPropre())
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurAgendaInconnu, sNom.pszGet());
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_CALENDAR_NOT_FOUND, sNom.pszGet());
         clChoisi = CRef<CGoogleAgenda>::Retain(CGoogleAgenda::s_pclCreeObjet(pclCtx, pclErreur));
         clChoisi->vNotifieErreurInstance(piVM, pclErreur, 0);
     } else if (!s_bGoogleRemplitAgenda(*this, pclCtx, pclErreur, clChoisi.pGet(), s_pDate(dtDebut),
@@ -259,7 +256,7 @@ bool CGoogleConnexion::GglRemplitAgendaParRequete(CCtxInfo* pclCtx, CXError* pcl
     if (!__bCheckAndLogService(SERVICEGOOGLE_AGENDA, CCtxInfo::s_piGetVM(pclCtx), pclErreur))
         return false;
     if (!pclAgenda) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return false;
     }
     // The id as it stands and the script's query as it stands: nothing added, nothing encoded.
@@ -276,7 +273,7 @@ bool CGoogleConnexion::GglEcrit(CCtxInfo* pclCtx, CXError* pclErreur, CGoogleAge
     if (!__bCheckAndLogService(SERVICEGOOGLE_AGENDA, CCtxInfo::s_piGetVM(pclCtx), pclErreur))
         return false;
     if (!pclAgenda) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return false;
     }
     pclAgenda->veCommitGLL(*this, pclCtx, pclErreur);
@@ -289,7 +286,7 @@ bool CGoogleConnexion::GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CGoogle
     // The host never passes a null object for this syntax; a direct caller gets the same answer
     // as GglEcrit's.
     if (!pclAgenda) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return false;
     }
     pclAgenda->m_eEtatObjet = ETAT_A_SUPPRIMER;

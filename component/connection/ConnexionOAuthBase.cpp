@@ -16,7 +16,6 @@
 
 namespace {
 
-
 const wchar_t* s_pszTypeFormulaire() { return CHTTPRequete::s_pszGetMIMEType(HTTPCT_FORMULAIRE); }
 
 bool s_bEstFormulaire(const CHTTPRequete& clRequete) {

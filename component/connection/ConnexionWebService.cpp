@@ -7,6 +7,6 @@ CConnexionWebService::~CConnexionWebService() = default;
 IHTTP* CConnexionWebService::piGetCOM(CXError* pclErreur) {
     // A failed query is asked again at the next use.
     if (!m_clHTTP)
-        m_clHTTP = CRef<IHTTP>::Adopt(CComposanteGGL::s_piQueryIHTTP(pclErreur));
+        m_clHTTP = CComposanteGGL::s_piQueryIHTTP(pclErreur);
     return m_clHTTP.pGet();
 }

@@ -41,7 +41,7 @@ void CCDinoGglBase::_EcritJSON(CGoogleConnexion& clConnexion, HTTPMethod eMethod
     CXYString<char> sTexte;
     if (!clReponse.bGetMessage(sTexte) || sTexte.bVide()) return;
     m_eEtatObjet = ETAT_SYNCHRONISE;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pclErreur);
     if (clRacine) clRacine->vAccepte(static_cast<CVisiteurJSONSetPropriete&>(*this));
 }
 
@@ -56,13 +56,13 @@ void CCDinoGglBase::_Supprime(CGoogleConnexion& clConnexion, std::wstring_view s
 void CCDinoGglBase::_FormateErreurHTTP(const CHTTPResponse& clReponse, CXError* pclErreur) {
     if (!pclErreur || !pclErreur->bEstPropre()) return;
     if (clReponse.eGetCodeRetour() == HTTPConflict)
-        pclErreur->SetUserError(&gstMyModuleInfo60, 600031);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_CONFLICT);
     else
         clReponse.SetErreurStatut(pclErreur);
 }
 
 bool CCDinoGglBase::s_bEstTexte(const CAny& clValeur) {
-    return clValeur.nGetType() == 16; // a string, not an array of them
+    return clValeur.nGetType() == KVTYPE_KLDSTRW; // a string, not an array of them
 }
 
 void CCDinoGglBase::s_CopieTexte(CAny& clValeur, CXYString<wchar_t>& sChamp) {

@@ -40,10 +40,6 @@ const STIdServiceGoogle CGoogleConnexion::s_stTabIdServices[SERVICEGOOGLE_NB] = 
 
 namespace {
 
-constexpr unsigned knErreurConnexion = 600001;
-constexpr unsigned knErreurReponseIlisible = 600003;
-constexpr unsigned knErreurService = 600013;
-
 // The script bits in the order logins and token stores walk them.
 constexpr int gtabOrdreBits[] = {1, 2, 8, 4, 16};
 
@@ -134,11 +130,11 @@ void CGoogleConnexion::ForceRefreshTokens(CCtxInfo*, CXError* pclErreur,
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     const std::string sUtf8 = KVUtf8::VersUtf8(sJSON.sv());
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sUtf8.c_str(), pcl));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sUtf8.c_str(), pcl);
     if (!clRacine) {
         // No JSON service says nothing by itself: the text must not vanish without a word.
         if (pcl->bEstPropre())
-            pcl->SetUserError(&gstMyModuleInfo60, 600048, 1);
+            pcl->SetUserError(&gstMyModuleInfo60, KVERR_INVALID_PARAMETER, 1);
         return;
     }
     CVisitDeserialiseRefreshToken clVisiteur(&m_tabToken);
@@ -292,7 +288,7 @@ bool CGoogleConnexion::__bRequestAccessFromRefreshToken(int nBits,
     CHTTPResponse clReponse = _clGetHTTPResponse(piVM, &clErreur);
     if (clReponse.eGetCodeRetour() != HTTPOK)
         return false;
-    auto clRacine = CRef<IElementJSON>::Adopt(s_piParseJSONResponse(clReponse, &clErreur, HTTPOK));
+    auto clRacine = s_piParseJSONResponse(clReponse, &clErreur, HTTPOK);
     if (!clRacine)
         return false;
     CVisitJSONRefreshToken clVisiteur;
@@ -338,26 +334,26 @@ bool CGoogleConnexion::__bCheckAndLogService(eSERVICESGOOGLE eService, IVM* piVM
         return true;
     const bool bResultat = vbLogin(piVM, s_tabUnService(eService), pclErreur) != 0;
     if (!bResultat && pclErreur && pclErreur->bEstPropre())
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurConnexion, pszGetLastError());
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_LOGIN_FAILED, pszGetLastError());
     return bResultat;
 }
 
 // ---- answers -----------------------------------------------------------------------------
 
-IDocumentXML* CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clReponse, CXError* pclErreur,
-                                                     eHTTPCODE eAttendu) {
+CRef<IDocumentXML> CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clReponse,
+                                                          CXError* pclErreur, eHTTPCODE eAttendu) {
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     if (clReponse.eGetCodeRetour() != eAttendu) {
         clReponse.SetErreurStatut(pcl);
-        return nullptr;
+        return {};
     }
     CXYString<wchar_t> sTexte;
     (void)clReponse.bGetMessage(sTexte);
     _CXErrorModule60 clCause;
-    IDocumentXML* piDocument = CComposanteGGL::s_piGetXMLDoc(sTexte.pszGet(), clCause);
-    if (!piDocument) {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
+    CRef<IDocumentXML> clDocument = CComposanteGGL::s_piGetXMLDoc(sTexte.pszGet(), clCause);
+    if (!clDocument) {
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
         // The parser's reason (where, and what it expected) goes along: as the cause, and in
         // the debug text that a report shows.
         if (!clCause.bEstPropre()) {
@@ -368,24 +364,24 @@ IDocumentXML* CGoogleConnexion::s_piParseXMLResponse(CHTTPResponse& clReponse, C
                 pcl->AddDebugMessagePrintf(L"##%ls##", pszRaison);
         }
     }
-    return piDocument;
+    return clDocument;
 }
 
-IElementJSON* CGoogleConnexion::s_piParseJSONResponse(CHTTPResponse& clReponse, CXError* pclErreur,
-                                                      eHTTPCODE eAttendu) {
+CRef<IElementJSON> CGoogleConnexion::s_piParseJSONResponse(CHTTPResponse& clReponse,
+                                                           CXError* pclErreur, eHTTPCODE eAttendu) {
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     if (clReponse.eGetCodeRetour() != eAttendu) {
         clReponse.SetErreurStatut(pcl);
-        return nullptr;
+        return {};
     }
     CXYString<char> sTexte;
     (void)clReponse.bGetMessage(sTexte);
-    IElementJSON* piRacine = CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pcl);
+    CRef<IElementJSON> clRacine = CComposanteGGL::s_piGetJSON(sTexte.pszGet(), pcl);
     // The parser's own cause, when it gave one, is the more precise.
-    if (!piRacine && pcl->bEstPropre())
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
-    return piRacine;
+    if (!clRacine && pcl->bEstPropre())
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
+    return clRacine;
 }
 
 CXYString<wchar_t> CGoogleConnexion::s_czEscapeJSON(const CXYString<wchar_t>& sTexte) {
@@ -420,7 +416,7 @@ bool CGoogleConnexion::GglConnecte(CCtxInfo* pclCtx, CXError* pclErreur) {
     // The calendar alone, as the first scripts knew it.
     if (!vbLogin(CCtxInfo::s_piGetVM(pclCtx), s_tabUnService(SERVICEGOOGLE_AGENDA), pcl) &&
         pcl->bEstPropre())
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurConnexion, pszGetLastError());
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_LOGIN_FAILED, pszGetLastError());
     return pcl->bEstPropre();
 }
 
@@ -428,7 +424,7 @@ bool CGoogleConnexion::GglConnecte(CCtxInfo* pclCtx, CXError* pclErreur, int nBi
     _CXErrorModule60 clErreurLocale;
     CXError* pcl = pclErreur ? pclErreur : &clErreurLocale;
     if (!bLoginMultiple(nBits, CCtxInfo::s_piGetVM(pclCtx), pcl) && pcl->bEstPropre())
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurConnexion, pszGetLastError());
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_LOGIN_FAILED, pszGetLastError());
     return pcl->bEstPropre();
 }
 
@@ -463,7 +459,7 @@ CXYString<char> CGoogleConnexion::__GglRequete(CCtxInfo* pclCtx, CXError* pclErr
 
     const eSERVICESGOOGLE eService = __eGetServiceFromKL(nBit);
     if (eService == SERVICEGOOGLE_AUCUN) {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurService, 2, nBit);
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_INVALID_SERVICE, 2, nBit);
         return {};
     }
     if (!__bCheckAndLogService(eService, piVM, pcl))

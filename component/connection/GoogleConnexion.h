@@ -14,6 +14,7 @@
 #include "Arrays.h"
 #include "ManipAUB.h"
 #include "MemoImage.h"
+#include "Ref.h"
 #include "XYString.h"
 
 #include <cstdint>
@@ -249,12 +250,11 @@ public:
     // The first step of every service call: a token is there, or a login brings one.
     bool __bCheckAndLogService(eSERVICESGOOGLE eService, IVM* piVM, CXError* pclErreur);
     // The body of an answer whose status is eAttendu, parsed; null with 600003 when it does
-    // not parse, or with 600005 and the status when the status is another. The caller owns the
-    // result.
-    static IDocumentXML* s_piParseXMLResponse(CHTTPResponse& clReponse, CXError* pclErreur,
-                                              eHTTPCODE eAttendu);
-    static IElementJSON* s_piParseJSONResponse(CHTTPResponse& clReponse, CXError* pclErreur,
-                                               eHTTPCODE eAttendu);
+    // not parse, or with 600005 and the status when the status is another.
+    static CRef<IDocumentXML> s_piParseXMLResponse(CHTTPResponse& clReponse, CXError* pclErreur,
+                                                   eHTTPCODE eAttendu);
+    static CRef<IElementJSON> s_piParseJSONResponse(CHTTPResponse& clReponse, CXError* pclErreur,
+                                                    eHTTPCODE eAttendu);
     // ---- entries of the XML feeds (updates/GoogleConnexionXml.cpp)
     // The entry's "link" list replaced by the one of its current version, read from its
     // "self" link: a change elsewhere gave the entry a new version, and the old "edit" link

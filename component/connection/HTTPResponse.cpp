@@ -2,6 +2,7 @@
 
 #include "frame/ModuleInfo.h"
 
+#include "AnyTypes.h"
 #include "KVResult.h"
 #include "Resources.h"
 #include "XError.h"
@@ -84,10 +85,10 @@ bool s_bExtraitChaine(std::wstring_view sTexte, size_t n, std::wstring_view sSep
 
 void CHTTPResponse::SetEntete(const CAny& clEntete) {
     m_sEntete.Vide();
-    if (clEntete.nGetType() == 0)
+    if (clEntete.nGetType() == KVTYPE_NONE)
         return;
     CAny clCopie(clEntete);
-    if (KV_bSucces(clCopie.__nCastTo(16)))
+    if (KV_bSucces(clCopie.__nCastTo(KVTYPE_KLDSTRW)))
         (void)clCopie.__nFillString(m_sEntete);
 }
 
@@ -137,23 +138,24 @@ bool CHTTPResponse::bExtraitMessage(const wchar_t* pszNom, CAny& clValeur) const
 }
 
 bool CHTTPResponse::bGetMessage(CAny& clMessage) const {
-    if (m_clMessage.nGetType() == 0)
+    if (m_clMessage.nGetType() == KVTYPE_NONE)
         return false;
     clMessage = m_clMessage;
     return true;
 }
 
 bool CHTTPResponse::bGetMessage(CKLBIN& clMessage) const {
-    if (m_clMessage.nGetType() != 28)
+    if (m_clMessage.nGetType() != KVTYPE_KLBIN)
         return false;
     return KV_bSucces(m_clMessage.nFillBinary(clMessage));
 }
 
 bool CHTTPResponse::bGetMessage(CXYString<char>& sMessage) const {
-    if (m_clMessage.nGetType() == 0)
+    if (m_clMessage.nGetType() == KVTYPE_NONE)
         return false;
     CAny clCopie(m_clMessage);
-    return KV_bSucces(clCopie.__nCastTo(19)) && KV_bSucces(clCopie.__nFillString(sMessage));
+    return KV_bSucces(clCopie.__nCastTo(KVTYPE_KLDSTRA)) &&
+           KV_bSucces(clCopie.__nFillString(sMessage));
 }
 
 bool CHTTPResponse::bGetMessage(CXYString<wchar_t>& sMessage) const {
@@ -179,5 +181,5 @@ void CHTTPResponse::SetErreurStatut(CXError* pclErreur) const {
     CTString sMessage;
     DLLRES_bFormatMessage(&gstMyModuleInfo60, 5870, &sMessage, s_pszGetLibelle(eGetCodeRetour()),
                           sTexteServeur.pszGet());
-    pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, 600005, sMessage.pszGet());
+    pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, KVERR_HTTP_STATUS, sMessage.pszGet());
 }

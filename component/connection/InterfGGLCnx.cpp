@@ -158,11 +158,10 @@ bool CInterfGGLCnx::bProcessRedirectionHTTP(const wchar_t* pszReponse,
     const std::string sTexte(stReponse.clCorps.sv());
 
     _CXErrorModule60 clErreurJSON;
-    auto clRacine =
-        CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.c_str(), &clErreurJSON));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sTexte.c_str(), &clErreurJSON);
     if (!clRacine) {
         // The parser's own cause goes along under the component's.
-        pclErreur->SetUserError(&gstMyModuleInfo60, 600003);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
         if (!clErreurJSON.bEstPropre())
             pclErreur->AddSubError(&clErreurJSON);
         return false;

@@ -11,7 +11,8 @@ void CVisitDeserialiseRefreshToken::_vSetProprieteFromJSON(std::wstring_view svC
         const auto nIndice = static_cast<size_t>(st.eService);
         while (m_ptabToken->nGetNbElement() <= nIndice) m_ptabToken->Ajoute(COAuthToken());
         CXYString<wchar_t> sToken;
-        if (clValeur.nGetType() == 16) clValeur.__nFillString(sToken);
+        if (clValeur.nGetType() == KVTYPE_KLDSTRW)
+            clValeur.__nFillString(sToken);
         (*m_ptabToken)[nIndice].m_sRefreshToken = std::move(sToken);
         return;
     }

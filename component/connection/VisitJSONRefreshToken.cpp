@@ -14,7 +14,7 @@ eVISITEJSON CVisitJSONRefreshToken::veVisiteValeur(CAny& clValeur) {
         return VISITE_ARRET;
     if (m_sMembre.sv() != L"access_token")
         return VISITE_DESCEND;
-    if (clValeur.nGetType() == 16)
+    if (clValeur.nGetType() == KVTYPE_KLDSTRW)
         (void)clValeur.__nFillString(m_sAccessToken);
     m_bFini = true;
     return VISITE_ARRET;

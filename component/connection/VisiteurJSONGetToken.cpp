@@ -36,7 +36,7 @@ eVISITEJSON CVisiteurJSONGetToken::veVisiteValeur(CAny& clValeur) {
     for (const STCleJetonTexte& st : m_tabCles) {
         if (!STR_bEgalSoupleSansBlancs(m_sMembre.sv(), st.pszCle))
             continue;
-        if (clValeur.nGetType() == 16)
+        if (clValeur.nGetType() == KVTYPE_KLDSTRW)
             (void)clValeur.__nFillString(m_stToken.*st.pChamp);
         break;
     }

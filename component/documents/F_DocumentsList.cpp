@@ -35,13 +35,6 @@ constexpr wchar_t s_szDocuments[] = L"/drive/v2/files";
 constexpr wchar_t s_szEnvoi[] = L"/upload/drive/v2/files?uploadType=resumable";
 constexpr wchar_t s_szDossier[] = L"application/vnd.google-apps.folder";
 
-constexpr unsigned knErreurFichierAbsent = 600008;
-constexpr unsigned knErreurTypeInconnu = 600009;
-constexpr unsigned knErreurFichierIlisible = 600010;
-constexpr unsigned knErreurArgumentVide = 600044;
-constexpr unsigned knErreurSansAdresse = 600051;
-constexpr unsigned knErreurTelechargement = 600052;
-constexpr unsigned knErreurEcriture = 600053;
 constexpr unsigned knFormatTelechargement = 7068;
 
 // The kinds of the mask, in the order their filters are joined.
@@ -84,8 +77,7 @@ std::unique_ptr<CVisiteDocuments> s_pclListe(CGoogleConnexion& clConnexion, CCtx
         clConnexion.clExecuteRequeteCOM(CCtxInfo::s_piGetVM(pclCtx), clRequete, HTTPGET, pclErreur);
     if (!pclErreur->bEstPropre())
         return nullptr;
-    auto clRacine = CRef<IElementJSON>::Adopt(
-        CGoogleConnexion::s_piParseJSONResponse(clReponse, pclErreur, HTTPOK));
+    auto clRacine = CGoogleConnexion::s_piParseJSONResponse(clReponse, pclErreur, HTTPOK);
     if (!clRacine)
         return nullptr;
     auto pclVisiteur = std::make_unique<CVisiteDocuments>(pclErreur, pclCtx);
@@ -150,7 +142,7 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
         return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleDocument::ms_piType);
     };
     if (!__bCheckAndLogService(SERVICEGOOGLE_DOCUMENTS, piVM, pclErreur))
-        return Vide();
+        return Vide().pDetach();
 
     std::wstring sExpression;
     if (nType != 0 || !s_bVide(pszDossier)) {
@@ -171,7 +163,7 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
         if (!s_bVide(pszDossier)) {
             const std::wstring sDossiers = s_sDossiers(*this, pclCtx, pclErreur, pszDossier);
             if (sDossiers.empty())
-                return Vide(); // no folder of that name: nothing more is asked
+                return Vide().pDetach(); // no folder of that name: nothing more is asked
             if (!sExpression.empty())
                 sExpression += L" and ";
             sExpression += L"(" + sDossiers + L")";
@@ -191,7 +183,7 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
     if (!pclDocuments)
         return nullptr;
     const CXArray<CGoogleDocument*>& tab = pclDocuments->tabGet();
-    auto clTableau = CRef<IKLTableau>::Adopt(Vide());
+    auto clTableau = Vide();
     if (!clTableau || !clTableau->vbRedimensionne(static_cast<int>(tab.nGetNbElement()), pclErreur))
         return nullptr;
     for (size_t i = 0; i < tab.nGetNbElement(); ++i) {
@@ -215,7 +207,7 @@ bool CGoogleConnexion::GglEnvoieDocument(CCtxInfo* pclCtx, CXError* pclErreur,
     const std::string sCheminUtf8 = KVUtf8::VersUtf8(sChemin);
     struct stat stInfo {};
     if (sChemin.empty() || ::stat(sCheminUtf8.c_str(), &stInfo) != 0) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurFichierAbsent, sChemin.c_str());
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_FILE_NOT_FOUND, sChemin.c_str());
         return false;
     }
     const std::filesystem::path clChemin(sCheminUtf8);
@@ -223,7 +215,7 @@ bool CGoogleConnexion::GglEnvoieDocument(CCtxInfo* pclCtx, CXError* pclErreur,
     const std::wstring sExtension = KVUtf8::VersWide(clChemin.extension().string());
     const eHTTPCONTENTTYPE eType = CHTTPRequete::s_eGetContentType(sExtension.c_str());
     if (eType == HTTPCT_GOOGLE_INCONNU) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurTypeInconnu, sChemin.c_str());
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_UNKNOWN_CONTENT_TYPE, sChemin.c_str());
         return false;
     }
     // The size is read as a signed 32-bit number: a directory, or a file past 2 GB, is refused
@@ -231,7 +223,7 @@ bool CGoogleConnexion::GglEnvoieDocument(CCtxInfo* pclCtx, CXError* pclErreur,
     std::unique_ptr<FILE, int (*)(FILE*)> clFichier(std::fopen(sCheminUtf8.c_str(), "rb"),
                                                     &std::fclose);
     if (!clFichier || !S_ISREG(stInfo.st_mode) || stInfo.st_size > INT_MAX) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurFichierIlisible, sChemin.c_str());
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_FILE_NOT_READABLE, sChemin.c_str());
         return false;
     }
     const int nTaille = static_cast<int>(stInfo.st_size);
@@ -242,7 +234,7 @@ bool CGoogleConnexion::GglEnvoieDocument(CCtxInfo* pclCtx, CXError* pclErreur,
     }
     if (nTaille > 0 && std::fread(clOctets.pGetDonnees(), 1, static_cast<size_t>(nTaille),
                                   clFichier.get()) != static_cast<size_t>(nTaille)) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurFichierIlisible, sChemin.c_str());
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_FILE_NOT_READABLE, sChemin.c_str());
         return false;
     }
     clFichier.reset();
@@ -291,7 +283,7 @@ bool CGoogleConnexion::GglRecupereDocument(CCtxInfo* pclCtx, CXError* pclErreur,
     if (!__bCheckAndLogService(SERVICEGOOGLE_DOCUMENTS, piVM, pclErreur))
         return false;
     if (!pclDocument || pclDocument->sGetURLTelechargement().bVide()) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurSansAdresse);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_NO_DOWNLOAD_ADDRESS);
         return false;
     }
     CHTTPRequete clRequete(SERVICEGOOGLE_DOCUMENTS, pclDocument->sGetURLTelechargement().pszGet(),
@@ -306,7 +298,7 @@ bool CGoogleConnexion::GglRecupereDocument(CCtxInfo* pclCtx, CXError* pclErreur,
         DLLRES_bFormatMessage(&gstMyModuleInfo60, knFormatTelechargement, &sMessage,
                               CHTTPResponse::s_pszGetLibelle(clReponse.eGetCodeRetour()),
                               sTexte.pszGet());
-        pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, knErreurTelechargement,
+        pclErreur->SetUserErrorMessage(&gstMyModuleInfo60, KVERR_DOWNLOAD_REFUSED,
                                        sMessage.pszGet());
         return false;
     }
@@ -331,7 +323,7 @@ bool CGoogleConnexion::GglRecupereDocument(CCtxInfo* pclCtx, CXError* pclErreur,
             std::remove(sTemporaire.c_str());
     }
     if (!bEcrit)
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurEcriture, sFichier.pszGet());
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_FILE_NOT_WRITTEN, sFichier.pszGet());
     return bEcrit;
 }
 
@@ -343,7 +335,7 @@ bool CGoogleConnexion::GglSupprime(CCtxInfo* pclCtx, CXError* pclErreur,
     if (!__bCheckAndLogService(SERVICEGOOGLE_DOCUMENTS, piVM, pclErreur))
         return false;
     if (!pclDocument || pclDocument->sGetIdentifiant().bVide()) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurArgumentVide, 2);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_EMPTY_ID, 2);
         return false;
     }
     std::wstring sURL = s_sAPI(s_szDocuments);

@@ -39,7 +39,7 @@ public:
     eVISITEJSON veVisiteValeur(CAny& clValeur) override {
         if (m_nCourant >= 0) {
             CAny clCopie = clValeur;
-            if (KV_bSucces(clCopie.__nCastTo(16)))
+            if (KV_bSucces(clCopie.__nCastTo(KVTYPE_KLDSTRW)))
                 (void)clCopie.__nFillString(m_tabValeurs[static_cast<size_t>(m_nCourant)]);
         }
         return VISITE_SUIVANT;
@@ -155,7 +155,8 @@ void CFaceBookConnexionGenerique::_CalculePermissionsEtPageID(const CKLANYArray&
     for (int i = 0; i < nNb; ++i) {
         CAny clCopie = *tabListe.pclAccesElement(i);
         CXYString<wchar_t> sTexte;
-        if (!KV_bSucces(clCopie.__nCastTo(16)) || !KV_bSucces(clCopie.__nFillString(sTexte)))
+        if (!KV_bSucces(clCopie.__nCastTo(KVTYPE_KLDSTRW)) ||
+            !KV_bSucces(clCopie.__nFillString(sTexte)))
             continue;
         std::wstring s(sTexte.sv());
         if (s.starts_with(svMarqueur)) {
@@ -245,8 +246,7 @@ bool CFaceBookConnexionGenerique::_bGetLongTermToken(CXError* pclErreur) {
     CXYString<char> sCorps;
     if (!_bGetGraph(sChemin, nStatut, sCorps, pclErreur))
         return false;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sCorps.pszGet(),
-                                                                          pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sCorps.pszGet(), pclErreur);
     if (!clRacine)
         return false;
     CVisiteurMembres clVisiteur({L"access_token"});
@@ -265,8 +265,7 @@ bool CFaceBookConnexionGenerique::_bGetPageToken(IVM* piVM, CXError* pclErreur) 
         return false;
     const std::string sTexte(reinterpret_cast<const char*>(clReponse.pGetDonnees()),
                              clReponse.nGetTaille());
-    auto clRacine =
-        CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.c_str(), pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sTexte.c_str(), pclErreur);
     IObjetJSON* piObjet = clRacine ? clRacine->vpiGetIObjetJSON() : nullptr;
     if (!piObjet)
         return false;
@@ -350,11 +349,10 @@ bool CInterfFBCnx::bProcessRedirectionHTTP(const wchar_t* pszReponse,
     CXYString<char> sCorps;
     if (!m_pclConnexion->_bGetGraph(sChemin, nStatut, sCorps, pclErreur))
         return false;
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sCorps.pszGet(),
-                                                                          pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sCorps.pszGet(), pclErreur);
     if (!clRacine) {
         if (pclErreur->bEstPropre())
-            pclErreur->SetUserError(&gstMyModuleInfo60, 600003);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
         return false;
     }
     CVisiteurJSONGetToken clVisiteur;

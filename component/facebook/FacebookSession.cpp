@@ -18,9 +18,6 @@
 
 namespace {
 
-constexpr unsigned knErreurConnexion = 600001;
-constexpr unsigned knErreurPasDeSession = 600056;
-constexpr unsigned knErreurOuvertureInterdite = 600057;
 // The option of the host that forbids opening a session.
 constexpr uint64_t kdwOptionSansOuverture = 0x200;
 constexpr wchar_t gszNonDisponible[] = L"N/A";
@@ -143,14 +140,14 @@ bool CFacebookSession::FBOuvreSession(CCtxInfo* pclCtx, CXError* pclErreur) {
     if (!m_pclConnexion)
         return false;
     if (CInformationDLL::ms_dwOptions & kdwOptionSansOuverture) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurOuvertureInterdite);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_SESSION_DISABLED);
         return false;
     }
     CKLANYArray tabListe(10, 10);
     _ConstruitParamArray(tabListe);
     const int bResultat = m_pclConnexion->vbLogin(CCtxInfo::s_piGetVM(pclCtx), tabListe, pclErreur);
     if (!bResultat && pclErreur->bEstPropre())
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurConnexion,
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_LOGIN_FAILED,
                                 s_pszOuNonDisponible(m_pclConnexion->pszGetDernierMessage()));
     return bResultat != 0;
 }
@@ -177,7 +174,7 @@ bool CFacebookSession::_bVerifieConnecte(IVM* piVM, CXError* pclErreur) {
     if (m_pclConnexion->veGetEtatConnexion(piVM, tabListe, pclErreur) == 1)
         return true;
     if (pclErreur->bEstPropre())
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurPasDeSession,
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_NO_SESSION,
                                 s_pszOuNonDisponible(m_pclConnexion->pszGetDernierMessage()));
     return false;
 }
@@ -214,8 +211,7 @@ CAny CFacebookSession::FBRecupereInformationUtilisateur(CCtxInfo* pclCtx, CXErro
     }
     const std::string sTexte(reinterpret_cast<const char*>(clCorps.pGetDonnees()),
                              clCorps.nGetTaille());
-    auto clRacine = CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON(sTexte.c_str(),
-                                                                          pclErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON(sTexte.c_str(), pclErreur);
     if (!clRacine)
         return clResultat;
     CRecupInfoUtilisateurJSON clVisiteur(pszNom);

@@ -67,12 +67,7 @@ void CBaseExecutionDLL::s_FinThread() {
 
 int CBaseExecutionDLL::s_bRemplitPileC(uint32_t nNumero, wchar_t* pszTampon, uint32_t nTaille,
                                        uint32_t nOption) {
-    struct STPileC {
-        uint32_t nNumero;
-        wchar_t* pszTampon;
-        uint32_t nTaille;
-        uint32_t nOption;
-    } stPile{nNumero, pszTampon, nTaille, nOption};
+    STPileC stPile{nNumero, pszTampon, nTaille, nOption};
     PFNExecution pfn = s_pfnHote();
     return pfn ? static_cast<int>(pfn(HOTE_REMPLIT_PILE_C, reinterpret_cast<uint64_t>(&stPile)))
                : 0;

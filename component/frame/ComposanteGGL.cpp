@@ -80,10 +80,10 @@ template <class I> void Libere(I*& pi) {
 
 } // namespace
 
-CComposanteGGL::~CComposanteGGL() { Libere(m_piHTTP); }
+CComposanteGGL::~CComposanteGGL() = default;
 
 int CComposanteGGL::bFinInit() {
-    m_piHTTP = s_piQueryIHTTP(pclGetError());
+    m_clHTTP = s_piQueryIHTTP(pclGetError());
     return pclGetError()->bEstPropre();
 }
 
@@ -104,7 +104,7 @@ void CComposanteGGL::s_AjouteFinDeComposante(void (*pfnFin)()) {
 }
 
 void CComposanteGGL::TermCompo() {
-    Libere(m_piHTTP);
+    m_clHTTP.Reset();
     Libere(ms_piGestionXML);
     Libere(ms_piContenuJSON);
     for (auto& pfn : gtabFinDeComposante)
@@ -112,57 +112,66 @@ void CComposanteGGL::TermCompo() {
             pfnFin();
 }
 
-IHTTP* CComposanteGGL::s_piQueryIHTTP(CXError* pclErreur) {
-    IHTTP* piHTTP = nullptr;
+CRef<IHTTP> CComposanteGGL::s_piQueryIHTTP(CXError* pclErreur) {
+    CRef<IHTTP> clHTTP;
     if (CInformationDLL::ms_piLibShop) {
-        piHTTP = piService<IHTTP>(CInformationDLL::ms_piLibShop->piGetInterfaceCompat(
-            COMPOSANTE_HTTP, 10, 4, 1, L"HTTP", knLibrairieGGL, pclErreur));
+        clHTTP =
+            CRef<IHTTP>::Adopt(piService<IHTTP>(CInformationDLL::ms_piLibShop->piGetInterfaceCompat(
+                COMPOSANTE_HTTP, 10, 4, 1, L"HTTP", knLibrairieGGL, pclErreur)));
     }
     // A host too old for HTTP: the component cannot work.
-    if (!piHTTP && pclErreur && pclErreur->bEstPropre())
-        pclErreur->SetUserError(&gstMyModuleInfo60, 600033);
-    return piHTTP;
+    if (!clHTTP && pclErreur && pclErreur->bEstPropre())
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_NO_HTTP_SERVICE);
+    return clHTTP;
 }
 
-IElementJSON* CComposanteGGL::s_piGetJSON(const char* pszTexte, CXError* pclErreur) {
+CRef<IElementJSON> CComposanteGGL::s_piGetJSON(const char* pszTexte, CXError* pclErreur) {
     IContenuJSON* piJSON = piContenuJSON(pclErreur);
-    if (!piJSON) return nullptr;
-    return piJSON->vpiAnalyse(pszTexte ? pszTexte : "", pszTexte ? std::strlen(pszTexte) : 0,
-                              pclErreur);
+    if (!piJSON)
+        return {};
+    return CRef<IElementJSON>::Adopt(piJSON->vpiAnalyse(
+        pszTexte ? pszTexte : "", pszTexte ? std::strlen(pszTexte) : 0, pclErreur));
 }
 
-IMainIMG* CComposanteGGL::s_piGetIMainIMG() {
-    if (!CInformationDLL::ms_piLibShop) return nullptr;
+CRef<IMainIMG> CComposanteGGL::s_piGetIMainIMG() {
+    if (!CInformationDLL::ms_piLibShop)
+        return {};
     _CXErrorModule60 clErreur; // the cause is of no use to the caller
-    IMainIMG* pi = piService<IMainIMG>(CInformationDLL::ms_piLibShop->piGetInterfaceCompat(
-        COMPOSANTE_IMAGE, 25, 2, 1, L"MainIMG", knLibrairieGGL, &clErreur));
-    return pi;
+    return CRef<IMainIMG>::Adopt(
+        piService<IMainIMG>(CInformationDLL::ms_piLibShop->piGetInterfaceCompat(
+            COMPOSANTE_IMAGE, 25, 2, 1, L"MainIMG", knLibrairieGGL, &clErreur)));
 }
 
-IDocumentXML* CComposanteGGL::s_piGetXMLDoc(const wchar_t* pszTexte) {
+CRef<IDocumentXML> CComposanteGGL::s_piGetXMLDoc(const wchar_t* pszTexte) {
     _CXErrorModule60 clErreur;
     return s_piGetXMLDoc(pszTexte, clErreur);
 }
 
-IDocumentXML* CComposanteGGL::s_piGetXMLDoc(const wchar_t* pszTexte, CXError& clCause) {
+CRef<IDocumentXML> CComposanteGGL::s_piGetXMLDoc(const wchar_t* pszTexte, CXError& clCause) {
     IGestionnaireXML* piXML = piGestionXML(&clCause);
-    if (!piXML) return nullptr;
-    if (!pszTexte || !*pszTexte) return piXML->vpiCreeDocument(&clCause);
+    if (!piXML)
+        return {};
+    if (!pszTexte || !*pszTexte)
+        return CRef<IDocumentXML>::Adopt(piXML->vpiCreeDocument(&clCause));
     CAny clTexte;
     clTexte.__nSetString(pszTexte);
-    return piXML->vpiAnalyse(clTexte, &clCause);
+    return CRef<IDocumentXML>::Adopt(piXML->vpiAnalyse(clTexte, &clCause));
 }
 
-IDocumentXML* piGetXMLDoc(const wchar_t* pszTexte) { return CComposanteGGL::s_piGetXMLDoc(pszTexte); }
+CRef<IDocumentXML> piGetXMLDoc(const wchar_t* pszTexte) {
+    return CComposanteGGL::s_piGetXMLDoc(pszTexte);
+}
 
-IKLTableau* CComposanteGGL::s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErreur,
-                                                     ITypeDescription* piType) {
-    if (!piVM) return nullptr;
+CRef<IKLTableau> CComposanteGGL::s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErreur,
+                                                          ITypeDescription* piType) {
+    if (!piVM)
+        return {};
     // Arrays of objects when a class is given, else of texts.
-    CRef<IKLTableau> clTableau =
-        CRef<IKLTableau>::Adopt(piVM->pclAlloueTableau(piType ? 111 : 16, 1, pclErreur));
-    if (!clTableau || !clTableau->vbInitialise(piType, 0, 0, piVM, pclErreur)) return nullptr;
-    return clTableau.pDetach();
+    CRef<IKLTableau> clTableau = CRef<IKLTableau>::Adopt(
+        piVM->pclAlloueTableau(piType ? KVTYPE_KLDINO : KVTYPE_KLDSTRW, 1, pclErreur));
+    if (!clTableau || !clTableau->vbInitialise(piType, 0, 0, piVM, pclErreur))
+        return {};
+    return clTableau;
 }
 
 void CComposanteGGL::s_CWString2CTString(const CXYString<wchar_t>& sSource, CTString& sCible) {
@@ -172,7 +181,7 @@ void CComposanteGGL::s_CWString2CTString(const CXYString<wchar_t>& sSource, CTSt
 bool CComposanteGGL::s_bAuthIdentifie(IInterfGGLCnx& clInterface, IVM* piVM, int bParNavigateur,
                                       int nFonction, CXError& clErreur) {
     if (CInformationDLL::ms_nCodeProduitExecution != knProduitAvecDialogue) {
-        clErreur.SetUserError(&gstMyModuleInfo60, 600055);
+        clErreur.SetUserError(&gstMyModuleInfo60, KVERR_NO_LOGIN_DIALOGUE);
         return false;
     }
     if (!piVM)

@@ -2,6 +2,7 @@
 // every connector reaches the host's HTTP, JSON, XML and image services.
 #pragma once
 #include "KLLibrary.h"
+#include "Ref.h"
 #include "TString.h"
 #include "XYString.h"
 
@@ -41,25 +42,25 @@ public:
     void TermCompo() override;
     void* pGetVariableAdresse(int) override { return nullptr; }
 
-    IHTTP* piGetHTTP() const { return m_piHTTP; }
+    IHTTP* piGetHTTP() const { return m_clHTTP.pGet(); }
 
     // A new reference to the host's HTTP service; 600033 when the host has none and the error
     // held nothing before.
-    static IHTTP* s_piQueryIHTTP(CXError* pclErreur);
+    static CRef<IHTTP> s_piQueryIHTTP(CXError* pclErreur);
     // The host's parse of UTF-8 JSON text; null when the service is missing or the text is not
-    // JSON (the cause in the error). The caller releases the element.
-    static IElementJSON* s_piGetJSON(const char* pszTexte, CXError* pclErreur);
-    // The host's image service, or null; the caller releases it.
-    static IMainIMG* s_piGetIMainIMG();
+    // JSON (the cause in the error).
+    static CRef<IElementJSON> s_piGetJSON(const char* pszTexte, CXError* pclErreur);
+    // The host's image service, or null.
+    static CRef<IMainIMG> s_piGetIMainIMG();
     // A new document: empty for a null or empty text, else the text parsed; null when the
     // host has no XML service or the text does not parse.
-    static IDocumentXML* s_piGetXMLDoc(const wchar_t* pszTexte);
+    static CRef<IDocumentXML> s_piGetXMLDoc(const wchar_t* pszTexte);
     // The same, with what the service said when it could not make or parse the document.
-    static IDocumentXML* s_piGetXMLDoc(const wchar_t* pszTexte, CXError& clCause);
+    static CRef<IDocumentXML> s_piGetXMLDoc(const wchar_t* pszTexte, CXError& clCause);
     // An empty host array for elements of the given type; null, and the array released, on
     // failure.
-    static IKLTableau* s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErreur,
-                                                ITypeDescription* piType);
+    static CRef<IKLTableau> s_pclAlloueTableauVMVide(IVM* piVM, CXError* pclErreur,
+                                                     ITypeDescription* piType);
     static void s_CWString2CTString(const CXYString<wchar_t>& sSource, CTString& sCible);
     // The interactive authorisation: the host's login dialogue runs on the provider's login
     // address, and the browser's return goes to the provider's side for the token exchange.
@@ -102,10 +103,10 @@ public:
     static IContenuJSON* ms_piContenuJSON;
 
 private:
-    IHTTP* m_piHTTP = nullptr;
+    CRef<IHTTP> m_clHTTP;
 };
 
-IDocumentXML* piGetXMLDoc(const wchar_t* pszTexte);
+CRef<IDocumentXML> piGetXMLDoc(const wchar_t* pszTexte);
 
 // The library factory of the component descriptor: a new library object, owned by the caller.
 extern "C" void* __KLL_COMPOSANTE_FACTORY_60();

@@ -8,6 +8,7 @@
 #include "XYString.h"
 #include "frame/KllBarriere.h"
 
+#include "Execution.h"
 #include "ObjectInterfaces.h"
 
 #include <cstring>
@@ -15,18 +16,6 @@
 #include <dlfcn.h>
 
 namespace {
-
-// Commands of Execution.
-enum eEXECUTION : uint32_t {
-    EXECUTION_INITIALISE = 3985,
-    EXECUTION_TERMINE = 4875,
-    EXECUTION_INFO_LOCALE = 4878,
-    EXECUTION_CHANGE_LANGUE = 4879,
-    EXECUTION_INITIALISE_TYPE = 4963,
-    EXECUTION_DUMP_MEMOIRE = 5238,
-    EXECUTION_DESACTIVE = 5684,
-    EXECUTION_REACTIVE = 5864,
-};
 
 // Library initialisations, counted apart from the host's (ms_nNbInitialisation).
 int gnNbInit = 0;
@@ -122,56 +111,42 @@ static uint64_t nExecutionNu(uint32_t nCode, uint64_t nArgument) {
 KLL_EXPORT uint64_t InfoComposante(uint32_t nSelecteur, uint64_t nIndice) {
     const STKLComposante& st = __KLL_COMPOSANTE60;
     switch (nSelecteur) {
-    case 0: return 14; // the information level of the protocol
-    case 1: return st.nLibrairie;
-    case 2: return st.nChiffre1;
-    case 3: return st.nChiffre2;
-    case 4: return nTexteIndexe(st.ppszAide, nIndice);
-    case 13: return nPointeur(st.pTableReserve64);
-    case 14: return st.nNbReserve64;
-    case 23: return nPointeur(st.pstConstante);
-    case 24: return st.nNbConstante;
-    case 25: return nPointeur(st.pTableReserve48);
-    case 26: return st.nNbReserve48;
-    case 29: return nPointeur(st.ppstClasse);
-    case 30: return st.nNbClasse;
-    case 31: return nPointeur(st.ppszTypeRef);
-    case 32: return st.nNbTypeRef;
-    case 33: return nPointeur(st.pstFonction);
-    case 34: return st.nNbFonction;
-    case 35: return nPointeur(st.pTableReserve56);
-    case 36: return st.nNbReserve56;
-    case 37: return nPointeur(st.pTableReserve72);
-    case 38: return st.nNbReserve72;
-    case 39: return nTexteIndexe(st.ppszDescription, nIndice);
-    case 40: return nPointeur(st.pbyBlocNom);
-    case 41: return st.nTailleBlocNom;
-    case 44: return st.nFormat;
-    case 45: return nPointeur(&st);
+    case SELECTEUR_NIVEAU: return 14; // the level of the protocol spoken here
+    case SELECTEUR_LIBRAIRIE: return st.nLibrairie;
+    case SELECTEUR_CHIFFRE1: return st.nChiffre1;
+    case SELECTEUR_CHIFFRE2: return st.nChiffre2;
+    case SELECTEUR_AIDE: return nTexteIndexe(st.ppszAide, nIndice);
+    case SELECTEUR_RESERVE64: return nPointeur(st.pTableReserve64);
+    case SELECTEUR_NB_RESERVE64: return st.nNbReserve64;
+    case SELECTEUR_CONSTANTES: return nPointeur(st.pstConstante);
+    case SELECTEUR_NB_CONSTANTES: return st.nNbConstante;
+    case SELECTEUR_RESERVE48: return nPointeur(st.pTableReserve48);
+    case SELECTEUR_NB_RESERVE48: return st.nNbReserve48;
+    case SELECTEUR_CLASSES: return nPointeur(st.ppstClasse);
+    case SELECTEUR_NB_CLASSES: return st.nNbClasse;
+    case SELECTEUR_TYPEREFS: return nPointeur(st.ppszTypeRef);
+    case SELECTEUR_NB_TYPEREFS: return st.nNbTypeRef;
+    case SELECTEUR_FONCTIONS: return nPointeur(st.pstFonction);
+    case SELECTEUR_NB_FONCTIONS: return st.nNbFonction;
+    case SELECTEUR_RESERVE56: return nPointeur(st.pTableReserve56);
+    case SELECTEUR_NB_RESERVE56: return st.nNbReserve56;
+    case SELECTEUR_RESERVE72: return nPointeur(st.pTableReserve72);
+    case SELECTEUR_NB_RESERVE72: return st.nNbReserve72;
+    case SELECTEUR_DESCRIPTION: return nTexteIndexe(st.ppszDescription, nIndice);
+    case SELECTEUR_BLOC_NOM: return nPointeur(st.pbyBlocNom);
+    case SELECTEUR_TAILLE_BLOC_NOM: return st.nTailleBlocNom;
+    case SELECTEUR_FORMAT: return st.nFormat;
+    case SELECTEUR_DESCRIPTEUR: return nPointeur(&st);
     default: return 0;
     }
 }
 
-namespace {
-// The record of CommandeComposante(3).
-struct STChargeChaine {
-    uint32_t nReserve;
-    uint32_t nNumero;
-    wchar_t* pszTampon;
-    uint32_t nCapacite;
-    int32_t nResultat;
-};
-static_assert(offsetof(STChargeChaine, nNumero) == 4 && offsetof(STChargeChaine, pszTampon) == 8);
-static_assert(offsetof(STChargeChaine, nCapacite) == 16 &&
-              offsetof(STChargeChaine, nResultat) == 20);
-} // namespace
-
 static uint64_t nCommandeComposanteNu(uint64_t nCommande, uint64_t nArgument) {
     switch (nCommande) {
-    case 2:
+    case COMMANDE_CHARGEUR_CHAINE:
         gpfnLoadStringKVM = reinterpret_cast<PFNLoadStringKVM>(nArgument);
         return 1;
-    case 3: {
+    case COMMANDE_CHARGE_CHAINE: {
         auto* pst = reinterpret_cast<STChargeChaine*>(nArgument);
         if (!pst) return 0;
         int n = DLLRES_nLoadString(&gstMyModuleInfo60, pst->nNumero, pst->pszTampon,
@@ -179,7 +154,7 @@ static uint64_t nCommandeComposanteNu(uint64_t nCommande, uint64_t nArgument) {
         pst->nResultat = n;
         return static_cast<uint64_t>(static_cast<int64_t>(n));
     }
-    case 4:
+    case COMMANDE_UTILISATION:
         return static_cast<uint64_t>(static_cast<int64_t>(
             DLLRES_nGetUtilisation(&gstMyModuleInfo60, static_cast<unsigned>(nArgument))));
     default:

@@ -6,32 +6,28 @@
 //
 // TElement: a counted script object with an eEtatObjet m_eEtatObjet, a static ms_piType, and
 // s_pclCreeObjet(CCtxInfo*, CXError*). TOwner: counted. TArray: CXArray<TElement*>, owning one
-// reference on each element.
+// reference on each element as a raw pointer; _InsereComplet hands it one.
 #pragma once
 #include "EtatObjet.h"
 #include "ModuleInfo.h"
 #include "ObjetComposante.h"
 
 #include "Arrays.h"
+#include "Ref.h"
 #include "XError.h"
 
 #include <algorithm>
+#include <utility>
 
 template <class TOwner, class TElement, class TArray = CXArray<TElement*>>
 class CTEnumerateurDinoGgl final : public CImplInterfaceAddRefRelease<IObjetCollectionModifiable> {
 public:
     CTEnumerateurDinoGgl(TOwner* pclOwner, TArray* ptabComplet)
-        : m_pclOwner(pclOwner), m_ptabComplet(ptabComplet) {
-        m_pclOwner->vAddRef();
+        : m_clOwner(CRef<TOwner>::Retain(pclOwner)), m_ptabComplet(ptabComplet) {
         for (TElement* pcl : *m_ptabComplet) {
             if (pcl->m_eEtatObjet == ETAT_A_SUPPRIMER) continue;
-            pcl->vAddRef();
-            m_tabVue.Ajoute(pcl);
+            m_tabVue.Ajoute(CRef<TElement>::Retain(pcl));
         }
-    }
-    ~CTEnumerateurDinoGgl() override {
-        for (TElement* pcl : m_tabVue) pcl->vRelease();
-        m_pclOwner->vRelease();
     }
 
     IObjetCollectionModifiable* vpiGetIObjetCollectionModifiable() override { return this; }
@@ -70,11 +66,10 @@ public:
     }
     eRESULTATOBJET veSupprimeElementCollection(int i, CCtxInfo*, CXError* pclErreur) override {
         if (!bIndiceValide(i, nNbVue(), pclErreur)) return RESULTAT_OBJET_ERREUR;
-        // The owner keeps it, marked, so that the next commit sends its deletion.
-        TElement* pcl = m_tabVue[static_cast<size_t>(i)];
-        pcl->m_eEtatObjet = ETAT_A_SUPPRIMER;
+        // The owner keeps it, marked, so that the next commit sends its deletion; the view's
+        // reference goes with its slot.
+        m_tabVue[static_cast<size_t>(i)]->m_eEtatObjet = ETAT_A_SUPPRIMER;
         m_tabVue.bSupprime(static_cast<size_t>(i));
-        pcl->vRelease(); // the view's reference
         return RESULTAT_OBJET_OK;
     }
     eRESULTATOBJET veSupprimeToutElementCollection(CCtxInfo* pclCtx, CXError* pclErreur) override {
@@ -84,8 +79,8 @@ public:
     eRESULTATOBJET veEchangeElementCollection(int i, int j, CCtxInfo*, CXError* pclErreur) override {
         if (!bIndiceValide(i, nNbVue(), pclErreur) || !bIndiceValide(j, nNbVue(), pclErreur))
             return RESULTAT_OBJET_ERREUR;
-        m_ptabComplet->bEchange(nPositionComplete(m_tabVue[static_cast<size_t>(i)]),
-                                nPositionComplete(m_tabVue[static_cast<size_t>(j)]));
+        m_ptabComplet->bEchange(nPositionComplete(m_tabVue[static_cast<size_t>(i)].pGet()),
+                                nPositionComplete(m_tabVue[static_cast<size_t>(j)].pGet()));
         m_tabVue.bEchange(static_cast<size_t>(i), static_cast<size_t>(j));
         return RESULTAT_OBJET_OK;
     }
@@ -93,15 +88,15 @@ public:
                                               CXError* pclErreur) override {
         if (!bIndiceValide(nDepuis, nNbVue(), pclErreur) || !bIndiceValide(nVers, nNbVue(), pclErreur))
             return RESULTAT_OBJET_ERREUR;
-        TElement* pcl = m_tabVue[static_cast<size_t>(nDepuis)];
+        TElement* pcl = m_tabVue[static_cast<size_t>(nDepuis)].pGet();
         m_tabVue.bDeplace(static_cast<size_t>(nDepuis), static_cast<size_t>(nVers));
         // In the owner's array the element goes before its new successor in the view, or after
         // its new predecessor when it ends the view.
         m_ptabComplet->bSupprime(nPositionComplete(pcl));
         size_t nVue = static_cast<size_t>(nVers);
         size_t nPos = nVue + 1 < m_tabVue.nGetNbElement()
-                          ? nPositionComplete(m_tabVue[nVue + 1])
-                          : (nVue == 0 ? 0 : nPositionComplete(m_tabVue[nVue - 1]) + 1);
+                          ? nPositionComplete(m_tabVue[nVue + 1].pGet())
+                          : (nVue == 0 ? 0 : nPositionComplete(m_tabVue[nVue - 1].pGet()) + 1);
         m_ptabComplet->bInsere(nPos, pcl);
         return RESULTAT_OBJET_OK;
     }
@@ -111,19 +106,23 @@ private:
     bool bDansVue(int i) const { return i >= 0 && i < nNbVue(); }
     static bool bIndiceValide(int i, int nBorne, CXError* pclErreur) {
         if (i >= 0 && i < nBorne) return true;
-        if (pclErreur) pclErreur->SetUserError(&gstMyModuleInfo60, 600006, 1);
+        if (pclErreur)
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OUT_OF_RANGE, 1);
         return false;
     }
     size_t nPositionComplete(TElement* pcl) const {
         auto it = std::find(m_ptabComplet->begin(), m_ptabComplet->end(), pcl);
         return static_cast<size_t>(it - m_ptabComplet->begin());
     }
+    void _InsereComplet(size_t nPos, CRef<TElement> cl) {
+        m_ptabComplet->bInsere(nPos, cl.pDetach());
+    }
     // The element behind a script object, if it is of the collection's class.
     static TElement* pclElementDe(IObjetComposante* piElement, CXError* pclErreur) {
         void* p = nullptr;
         if (!piElement || !piElement->vbGetObjetC(p, TElement::ms_piType, 0, pclErreur) || !p) {
             if (pclErreur && pclErreur->bEstPropre())
-                pclErreur->SetUserError(&gstMyModuleInfo60, 600004, 1);
+                pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 1);
             return nullptr;
         }
         return static_cast<TElement*>(p);
@@ -132,25 +131,22 @@ private:
         if (!pcl) return RESULTAT_OBJET_ERREUR;
         pcl->m_eEtatObjet = pcl->m_eEtatObjet == ETAT_NEUF ? ETAT_NEUF_ATTACHE : ETAT_A_CREER;
         size_t nVue = static_cast<size_t>(i);
-        size_t nPos = nVue < m_tabVue.nGetNbElement() ? nPositionComplete(m_tabVue[nVue])
+        size_t nPos = nVue < m_tabVue.nGetNbElement() ? nPositionComplete(m_tabVue[nVue].pGet())
                                                       : m_ptabComplet->nGetNbElement();
-        pcl->vAddRef();
-        m_ptabComplet->bInsere(nPos, pcl);
-        pcl->vAddRef();
-        m_tabVue.bInsere(nVue, pcl);
+        auto cl = CRef<TElement>::Retain(pcl);
+        _InsereComplet(nPos, cl);
+        m_tabVue.bInsere(nVue, std::move(cl));
         if (pnPosition) *pnPosition = i;
         return RESULTAT_OBJET_OK;
     }
     eRESULTATOBJET _eInsereNeuf(int i, int* pnPosition, CCtxInfo* pclCtx, CXError* pclErreur) {
-        TElement* pcl = TElement::s_pclCreeObjet(pclCtx, pclErreur);
-        if (!pcl) return RESULTAT_OBJET_ERREUR;
-        pcl->vAddRef();
-        eRESULTATOBJET e = _eInsere(i, pcl, pnPosition, pclCtx, pclErreur);
-        pcl->vRelease();
-        return e;
+        // A new object is owned by the first reference taken: this one, until inserted.
+        auto cl = CRef<TElement>::Retain(TElement::s_pclCreeObjet(pclCtx, pclErreur));
+        if (!cl) return RESULTAT_OBJET_ERREUR;
+        return _eInsere(i, cl.pGet(), pnPosition, pclCtx, pclErreur);
     }
 
-    TOwner* m_pclOwner;
+    CRef<TOwner> m_clOwner; // released last
     TArray* m_ptabComplet;
-    CXArray<TElement*> m_tabVue;
+    CXArray<CRef<TElement>> m_tabVue;
 };

@@ -51,7 +51,7 @@ int bUrlEncode(IVM* piVM, CXError* pclErreur, const CXYString<wchar_t>& sTexte,
     if (!bResultat)
         return 0;
     CXYString<wchar_t> sEncode;
-    if (clRecepteur.nGetType() != 0 && !KV_bSucces(clRecepteur.__nFillString(sEncode)))
+    if (clRecepteur.nGetType() != KVTYPE_NONE && !KV_bSucces(clRecepteur.__nFillString(sEncode)))
         return 0;
     if (psOut) {
         if (sEncode.bVide())

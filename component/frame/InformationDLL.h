@@ -1,6 +1,7 @@
 // The process-wide values the host hands the component, read once at initialisation through
 // the host's own Execution entry (command 3053, one selector per value).
 #pragma once
+#include "Execution.h"
 #include "StrMemAlloc.h"
 
 #include <cstdint>
@@ -8,38 +9,6 @@
 
 class ILibShop;
 class IGlobalFactory;
-
-// The host's entry point and ours share one shape.
-using PFNExecution = uint64_t (*)(uint32_t nCode, uint64_t nArgument);
-
-// Host commands the component sends.
-enum eCOMMANDEHOTE : uint32_t {
-    HOTE_DECHARGE_DLL = 3052,
-    HOTE_INFO = 3053,
-    HOTE_REMPLIT_PILE_C = 3184,
-    HOTE_DEBUT_THREAD = 3645,
-    HOTE_FIN_THREAD = 3795,
-};
-
-// Selectors of HOTE_INFO.
-enum eINFOHOTE : uint32_t {
-    INFO_CODE_PRODUIT_EXECUTION = 1,
-    INFO_LANGUE_INTERNE = 2,
-    INFO_NOM_PRODUIT = 3,
-    INFO_OPTIONS = 4,
-    INFO_CODE_PRODUIT_REEL = 5,
-    INFO_RUNTIME_GERE = 6,
-    INFO_LIBSHOP = 7,
-    INFO_VERSION_ACTIVE = 8,
-    INFO_GLOBAL_FACTORY = 9,
-    INFO_COLLECTEUR_TOPO = 10,
-    INFO_MODE_SMARTPHONE = 11,
-    INFO_INFO_LOCALE = 12,
-    INFO_ALLOCATEUR_CHAINE = 13,
-    INFO_MULTITHREAD = 14,
-    INFO_INFORMATION_COMPOSANTE = 15,
-    INFO_THREAD_PRINCIPAL = 17,
-};
 
 class CInformationDLL : public CInformationModule {
 public:

@@ -79,6 +79,8 @@
 //   TEXT_P 0x807A (text*), DATETIME 26, DATETIME_P 0x801A (datetime*), BINARY 28, IMAGE 30,
 //   ANY 31, STRINGARRAY 58, STRINGORBUFFER 80, ARRAY 112, OBJ(TypeRef) 111 with the index
 #pragma once
+#include "AnyTypes.h"
+
 #include <cstdint>
 
 // The library number that ends every table name and stands in every descriptor word.
@@ -94,18 +96,51 @@ enum eKLLTYPEREF : unsigned {
 inline constexpr unsigned knKllNbTypeRef = KLL_TR_FIN - 1;
 
 // Type tokens: the type word of a property row.
-#define KLL_TYPE_TEXT 122u
-#define KLL_TYPE_STRING 16u
-#define KLL_TYPE_BOOLEAN 1u
-#define KLL_TYPE_INT 8u
-#define KLL_TYPE_INT64 9u
-#define KLL_TYPE_REAL 12u
-#define KLL_TYPE_DATETIME 26u
-#define KLL_TYPE_BINARY 28u
-#define KLL_TYPE_IMAGE 30u
-#define KLL_TYPE_ARRAY 112u
-#define KLL_TYPE_CHAR 17u
-#define KLL_TYPE_OBJECT(tr) (111u | (static_cast<unsigned>(KLL_TR_##tr) << 16))
+#define KLL_TYPE_TEXT                                                                              \
+    unsigned {                                                                                     \
+        KVTYPE_TEXT                                                                                \
+    }
+#define KLL_TYPE_STRING                                                                            \
+    unsigned {                                                                                     \
+        KVTYPE_KLDSTRW                                                                             \
+    }
+#define KLL_TYPE_BOOLEAN                                                                           \
+    unsigned {                                                                                     \
+        KVTYPE_KLBOOL                                                                              \
+    }
+#define KLL_TYPE_INT                                                                               \
+    unsigned {                                                                                     \
+        KVTYPE_KLI4                                                                                \
+    }
+#define KLL_TYPE_INT64                                                                             \
+    unsigned {                                                                                     \
+        KVTYPE_KLI8                                                                                \
+    }
+#define KLL_TYPE_REAL                                                                              \
+    unsigned {                                                                                     \
+        KVTYPE_KLR8                                                                                \
+    }
+#define KLL_TYPE_DATETIME                                                                          \
+    unsigned {                                                                                     \
+        KVTYPE_KLDATETIME                                                                          \
+    }
+#define KLL_TYPE_BINARY                                                                            \
+    unsigned {                                                                                     \
+        KVTYPE_KLBIN                                                                               \
+    }
+#define KLL_TYPE_IMAGE                                                                             \
+    unsigned {                                                                                     \
+        KVTYPE_KLMEMOIMG                                                                           \
+    }
+#define KLL_TYPE_ARRAY                                                                             \
+    unsigned {                                                                                     \
+        KVTYPE_ARRAY                                                                               \
+    }
+#define KLL_TYPE_CHAR                                                                              \
+    unsigned {                                                                                     \
+        KVTYPE_KLCARA                                                                              \
+    }
+#define KLL_TYPE_OBJECT(tr) (unsigned{KVTYPE_KLDINO} | (static_cast<unsigned>(KLL_TR_##tr) << 16))
 // Whether a type token names an object: objects have their getter in the second slot.
 #define KLL_OBJ_TEXT 0
 #define KLL_OBJ_STRING 0
@@ -124,22 +159,22 @@ inline constexpr unsigned knKllNbTypeRef = KLL_TR_FIN - 1;
 #define KLL_SIG(code, qual)                                                                        \
     static_cast<unsigned char>((code)&0xFF), static_cast<unsigned char>(((code) >> 8) & 0xFF),     \
         static_cast<unsigned char>((qual)&0xFF), static_cast<unsigned char>(((qual) >> 8) & 0xFF)
-#define KLL_SIG_BOOLEAN KLL_SIG(1, 0)
-#define KLL_SIG_INT KLL_SIG(8, 0)
-#define KLL_SIG_INT_P KLL_SIG(0x8008, 0)
-#define KLL_SIG_BUFFER KLL_SIG(19, 0)
-#define KLL_SIG_STRING KLL_SIG(130, 0)
-#define KLL_SIG_TEXT KLL_SIG(122, 0)
-#define KLL_SIG_TEXT_P KLL_SIG(0x807A, 0)
-#define KLL_SIG_DATETIME KLL_SIG(26, 0)
-#define KLL_SIG_DATETIME_P KLL_SIG(0x801A, 0)
-#define KLL_SIG_BINARY KLL_SIG(28, 0)
-#define KLL_SIG_IMAGE KLL_SIG(30, 0)
-#define KLL_SIG_ANY KLL_SIG(31, 0)
-#define KLL_SIG_STRINGARRAY KLL_SIG(58, 0)
-#define KLL_SIG_STRINGORBUFFER KLL_SIG(80, 0)
-#define KLL_SIG_ARRAY KLL_SIG(112, 0)
-#define KLL_SIG_OBJ(tr) KLL_SIG(111, KLL_TR_##tr)
+#define KLL_SIG_BOOLEAN KLL_SIG(KVTYPE_KLBOOL, 0)
+#define KLL_SIG_INT KLL_SIG(KVTYPE_KLI4, 0)
+#define KLL_SIG_INT_P KLL_SIG(knKVTypeStarred | KVTYPE_KLI4, 0)
+#define KLL_SIG_BUFFER KLL_SIG(KVTYPE_KLDSTRA, 0)
+#define KLL_SIG_STRING KLL_SIG(KVTYPE_STRING, 0)
+#define KLL_SIG_TEXT KLL_SIG(KVTYPE_TEXT, 0)
+#define KLL_SIG_TEXT_P KLL_SIG(knKVTypeStarred | KVTYPE_TEXT, 0)
+#define KLL_SIG_DATETIME KLL_SIG(KVTYPE_KLDATETIME, 0)
+#define KLL_SIG_DATETIME_P KLL_SIG(knKVTypeStarred | KVTYPE_KLDATETIME, 0)
+#define KLL_SIG_BINARY KLL_SIG(KVTYPE_KLBIN, 0)
+#define KLL_SIG_IMAGE KLL_SIG(KVTYPE_KLMEMOIMG, 0)
+#define KLL_SIG_ANY KLL_SIG(KVTYPE_ANY, 0)
+#define KLL_SIG_STRINGARRAY KLL_SIG(KVTYPE_STRINGARRAY, 0)
+#define KLL_SIG_STRINGORBUFFER KLL_SIG(KVTYPE_STRINGORBUFFER, 0)
+#define KLL_SIG_ARRAY KLL_SIG(KVTYPE_ARRAY, 0)
+#define KLL_SIG_OBJ(tr) KLL_SIG(KVTYPE_KLDINO, KLL_TR_##tr)
 
 // Access tokens: which handlers a property row has, and its compatibility bit.
 #define KLL_HAS_SETTER_RW 1

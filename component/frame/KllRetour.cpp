@@ -1,5 +1,6 @@
 #include "KllRetour.h"
 
+#include "AnyTypes.h"
 #include "VM.h"
 
 namespace {
@@ -12,50 +13,50 @@ void Retourne(CCtxInfo* pclCtx, const void* pValeur, unsigned nType) {
 } // namespace
 
 void KllRetourne(CCtxInfo* pclCtx, unsigned nType, int n) {
-    if (nType == 1) {
+    if (nType == KVTYPE_KLBOOL) {
         const int b = n != 0;
-        Retourne(pclCtx, &b, 1);
-    } else if (nType == 17) {
+        Retourne(pclCtx, &b, KVTYPE_KLBOOL);
+    } else if (nType == KVTYPE_KLCARA) {
         const char c = static_cast<char>(n);
-        Retourne(pclCtx, &c, 17);
+        Retourne(pclCtx, &c, KVTYPE_KLCARA);
     } else {
-        Retourne(pclCtx, &n, 8);
+        Retourne(pclCtx, &n, KVTYPE_KLI4);
     }
 }
 
 void KllRetourne(CCtxInfo* pclCtx, unsigned, bool b) {
     const int n = b;
-    Retourne(pclCtx, &n, 1);
+    Retourne(pclCtx, &n, KVTYPE_KLBOOL);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, int64_t n) {
-    Retourne(pclCtx, &n, 9);
+    Retourne(pclCtx, &n, KVTYPE_KLI8);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, double d) {
-    Retourne(pclCtx, &d, 12);
+    Retourne(pclCtx, &d, KVTYPE_KLR8);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, const wchar_t* psz) {
-    Retourne(pclCtx, &psz, 122);
+    Retourne(pclCtx, &psz, KVTYPE_TEXT);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, const CXYString<wchar_t>& s) {
-    Retourne(pclCtx, &s, 16);
+    Retourne(pclCtx, &s, KVTYPE_KLDSTRW);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, const CXYString<char>& s) {
-    Retourne(pclCtx, &s, 19);
+    Retourne(pclCtx, &s, KVTYPE_KLDSTRA);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, const CDateTime& dt) {
-    Retourne(pclCtx, &dt, 26);
+    Retourne(pclCtx, &dt, KVTYPE_KLDATETIME);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, const CKLBIN& bin) {
-    Retourne(pclCtx, &bin, 28);
+    Retourne(pclCtx, &bin, KVTYPE_KLBIN);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, const CAny& any) {
-    Retourne(pclCtx, &any, 31);
+    Retourne(pclCtx, &any, KVTYPE_ANY);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, IObjetBase* piObjet) {
-    Retourne(pclCtx, &piObjet, 111);
+    Retourne(pclCtx, &piObjet, KVTYPE_KLDINO);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, IKLTableau* piTableau) {
-    Retourne(pclCtx, &piTableau, 112);
+    Retourne(pclCtx, &piTableau, KVTYPE_ARRAY);
 }
 void KllRetourne(CCtxInfo* pclCtx, unsigned, const CKLMemoImage& clImage) {
     Retourne(pclCtx, &clImage, 30);

@@ -7,7 +7,7 @@
 #include "frame/Tables.h"
 
 const STErrorDef gstErrorDef60[knNbErrorDef60] = {
-#define KV_ERROR_DEF(nCode, nRessource, nSeverite) {nCode, nRessource, 0, nSeverite},
+#define KV_ERROR_DEF(Nom, nCode, nRessource, nSeverite) {nCode, nRessource, 0, nSeverite},
 #include "ErrorDefs.def"
 };
 

@@ -1,12 +1,12 @@
 // The records that describe this module to the host and to the error and resource code.
 #pragma once
+#include "ErrorCodes.h"
 #include "KLLExport.h"
 #include <Tables.h> // the records of abi/
 
 #include <cstdint>
 
 inline constexpr uint32_t knLibrairieGGL = 60; // the figure that ends every table name
-inline constexpr uint32_t knNbErrorDef60 = 57;
 
 KLL_EXPORT const STErrorDef gstErrorDef60[knNbErrorDef60];
 KLL_EXPORT _stMyModuleInfo gstMyModuleInfo60;

@@ -116,7 +116,8 @@ public:
 private:
     static bool bIndiceValide(int i, size_t nBorne, int nArgument, CXError* pclErreur) {
         if (i >= 0 && static_cast<size_t>(i) < nBorne) return true;
-        if (pclErreur) pclErreur->SetUserError(&gstMyModuleInfo60, 600006, nArgument);
+        if (pclErreur)
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OUT_OF_RANGE, nArgument);
         return false;
     }
     // The element behind a script object when it is of the list's class. A class the host has
@@ -126,7 +127,7 @@ private:
         if (!piElement || !TElement::ms_piType ||
             !piElement->vbGetObjetC(p, TElement::ms_piType, 0, pclErreur) || !p) {
             if (pclErreur && pclErreur->bEstPropre())
-                pclErreur->SetUserError(&gstMyModuleInfo60, 600004, 1);
+                pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 1);
             return nullptr;
         }
         return static_cast<TElement*>(p);
@@ -134,7 +135,8 @@ private:
     bool bPlein(CXError* pclErreur) const {
         if (m_nMaximum == 0 || nGetNbElement() < m_nMaximum) return false;
         if (pclErreur)
-            pclErreur->SetUserError(&gstMyModuleInfo60, 600014, static_cast<int>(m_nMaximum));
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_PATH_FULL,
+                                    static_cast<int>(m_nMaximum));
         return true;
     }
     // A full list refuses before the element is looked at.

@@ -74,7 +74,8 @@ void CGoogleMarqueur::SetTaille(CCtxInfo*, CXError* pclErreur, const wchar_t* ps
             return;
         }
     }
-    if (pclErreur) pclErreur->SetUserError(&gstMyModuleInfo60, 600016);
+    if (pclErreur)
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_MARKER_SIZE);
 }
 
 void CGoogleMarqueur::SetCouleur(CCtxInfo*, CXError* pclErreur, int nCouleur) {
@@ -82,7 +83,8 @@ void CGoogleMarqueur::SetCouleur(CCtxInfo*, CXError* pclErreur, int nCouleur) {
     const wchar_t* pszNom = s_pszNomCouleur(nCouleur);
     m_nCouleur = nCouleur;
     m_sNomCouleur = pszNom;
-    if (!pszNom && pclErreur) pclErreur->SetUserError(&gstMyModuleInfo60, 600015);
+    if (!pszNom && pclErreur)
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_MARKER_COLOUR);
 }
 
 const wchar_t* CGoogleMarqueur::pszGetCoordonnees() {

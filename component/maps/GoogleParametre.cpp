@@ -59,7 +59,8 @@ void CGoogleParametre::SetFormat(CCtxInfo*, CXError* pclErreur, const wchar_t* p
             return;
         }
     }
-    if (pclErreur) pclErreur->SetUserError(&gstMyModuleInfo60, 600018);
+    if (pclErreur)
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_IMAGE_FORMAT);
 }
 
 CGoogleParametre::operator const wchar_t*() {

@@ -30,19 +30,11 @@ namespace {
 
 constexpr wchar_t gszGoogleMaps[] = L"https://maps.googleapis.com";
 
-// The map service refused the request: %1 the status label, %2 what it said.
-constexpr unsigned knErreurCarte = 600019;
-// The geocoding service refused the request: %1 its status, %2 what it said.
-constexpr unsigned knErreurGeocodage = 600020;
-// No place answers to the address: %1 the address.
-constexpr unsigned knErreurAdresseInconnue = 600029;
-// A side of the image out of 1 to 640 pixels: %1!d! the width, %2!d! the height.
-constexpr unsigned knErreurTaille = 600030;
-// A zoom out of 0 to 21: %1!d! the zoom.
-constexpr unsigned knErreurZoom = 600034;
-// Parameters the map cannot be drawn from: %1 why.
-constexpr unsigned knErreurParametres = 600049;
-constexpr unsigned knErreurObjetNul = 600004;
+// What the texts of this file's errors take: KVERR_MAP_UNAVAILABLE, the map service's refusal
+// (%1 the status label, %2 what it said); KVERR_GEOCODING_FAILED, the geocoding service's (%1
+// its status, %2 what it said); KVERR_ADDRESS_NOT_FOUND (%1 the address); KVERR_MAP_SIZE, a
+// side out of 1 to 640 pixels (%1!d! the width, %2!d! the height); KVERR_ZOOM, out of 0 to 21
+// (%1!d! the zoom); KVERR_MAP_PARAMETERS (%1 why).
 
 constexpr int knTailleMax = 640;
 constexpr int knZoomMax = 21;
@@ -130,18 +122,18 @@ CKLMemoImage s_clCarte(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx, CXError*
                        const STCarte& st) {
     if (st.nLargeur < 1 || st.nLargeur > knTailleMax || st.nHauteur < 1 ||
         st.nHauteur > knTailleMax) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurTaille, st.nLargeur, st.nHauteur);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_MAP_SIZE, st.nLargeur, st.nHauteur);
         return {};
     }
     const bool bSansZoom = st.sCentre.empty() && st.nZoom == CGoogleConnexion::knZoomCarteAucun;
     if (!bSansZoom && (st.nZoom < 0 || st.nZoom > knZoomMax)) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurZoom, st.nZoom);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_ZOOM, st.nZoom);
         return {};
     }
     // Without a centre, the markers and the path are what the service frames.
     if (st.sCentre.empty() && st.pclParametres->clGetMarqueurs().nGetNbElement() == 0 &&
         st.pclParametres->clGetChemin().nGetNbElement() == 0) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurParametres,
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_MAP_PARAMETERS,
                                 L"without a centre, the map needs a marker or a path to frame");
         return {};
     }
@@ -185,9 +177,9 @@ CKLMemoImage s_clCarte(CGoogleConnexion& clConnexion, CCtxInfo* pclCtx, CXError*
     if (eCode == HTTPBadRequest) {
         CXYString<wchar_t> sTexte;
         (void)clReponse.bGetMessage(sTexte);
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurParametres, sTexte.pszGet());
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_MAP_PARAMETERS, sTexte.pszGet());
     } else {
-        s_ErreurService(knErreurCarte, CHTTPResponse::s_pszGetLibelle(eCode), clReponse,
+        s_ErreurService(KVERR_MAP_UNAVAILABLE, CHTTPResponse::s_pszGetLibelle(eCode), clReponse,
                         pclErreur);
     }
     return {};
@@ -227,7 +219,7 @@ private:
 std::wstring s_sTexte(IElementJSON* pi) {
     CAny clValeur;
     CXYString<wchar_t> s;
-    if (pi && pi->vbGetValeur(clValeur) && clValeur.nGetType() == 16)
+    if (pi && pi->vbGetValeur(clValeur) && clValeur.nGetType() == KVTYPE_KLDSTRW)
         (void)clValeur.__nFillString(s);
     return std::wstring(s.sv());
 }
@@ -235,7 +227,7 @@ std::wstring s_sTexte(IElementJSON* pi) {
 bool s_bReel(IElementJSON* pi, double& d) {
     CAny clValeur;
     return pi && pi->vbGetValeur(clValeur) &&
-           (clValeur.nGetType() == 9 || clValeur.nGetType() == 12) &&
+           (clValeur.nGetType() == KVTYPE_KLI8 || clValeur.nGetType() == KVTYPE_KLR8) &&
            KV_bSucces(clValeur.nGetREAL(&d));
 }
 
@@ -248,7 +240,7 @@ CKLMemoImage CGoogleConnexion::GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclEr
     _CXErrorModule60 clLocale;
     CXError* pcl = s_pclErreur(pclErreur, clLocale);
     if (!pclCentre) {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 2);
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 2);
         return {};
     }
     STCarte st(nLargeur, nHauteur, nZoom, pclParametres);
@@ -265,7 +257,7 @@ CKLMemoImage CGoogleConnexion::GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclEr
     CXError* pcl = s_pclErreur(pclErreur, clLocale);
     STCarte st(nLargeur, nHauteur, nZoom, pclParametres);
     if (!pszAdresse || !*pszAdresse) {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurAdresseInconnue, L"");
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_ADDRESS_NOT_FOUND, L"");
         return {};
     }
     if (!s_bEncode(CCtxInfo::s_piGetVM(pclCtx), pcl, pszAdresse, st.sCentre))
@@ -279,7 +271,7 @@ CKLMemoImage CGoogleConnexion::GglRecupereCarte(CCtxInfo* pclCtx, CXError* pclEr
     _CXErrorModule60 clLocale;
     CXError* pcl = s_pclErreur(pclErreur, clLocale);
     if (!pclParametres) {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurObjetNul,
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED,
                           nZoom == knZoomCarteAucun ? 4 : 5);
         return {};
     }
@@ -293,7 +285,7 @@ IObjetBase* CGoogleConnexion::GglAdresseVersCoordonnees(CCtxInfo* pclCtx, CXErro
     CXError* pcl = s_pclErreur(pclErreur, clLocale);
     const std::wstring_view svAdresse = pszAdresse ? pszAdresse : L"";
     if (svAdresse.empty()) {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurAdresseInconnue, L"");
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_ADDRESS_NOT_FOUND, L"");
         return nullptr;
     }
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
@@ -314,11 +306,11 @@ IObjetBase* CGoogleConnexion::GglAdresseVersCoordonnees(CCtxInfo* pclCtx, CXErro
     if (!s_bEnvoie(*this, piVM, sURL, clReponse, pcl))
         return nullptr;
     if (clReponse.eGetCodeRetour() != HTTPOK) {
-        s_ErreurService(knErreurGeocodage, CHTTPResponse::s_pszGetLibelle(clReponse.eGetCodeRetour()),
-                        clReponse, pcl);
+        s_ErreurService(KVERR_GEOCODING_FAILED,
+                        CHTTPResponse::s_pszGetLibelle(clReponse.eGetCodeRetour()), clReponse, pcl);
         return nullptr;
     }
-    auto clRacine = CRef<IElementJSON>::Adopt(s_piParseJSONResponse(clReponse, pcl, HTTPOK));
+    auto clRacine = s_piParseJSONResponse(clReponse, pcl, HTTPOK);
     if (!clRacine)
         return nullptr;
 
@@ -326,7 +318,7 @@ IObjetBase* CGoogleConnexion::GglAdresseVersCoordonnees(CCtxInfo* pclCtx, CXErro
     const std::wstring sStatut =
         s_sTexte(CVisitJSONMembres::s_Membre(clRacine.pGet(), L"status").pGet());
     if (sStatut == L"ZERO_RESULTS") {
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurAdresseInconnue, pszAdresse);
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_ADDRESS_NOT_FOUND, pszAdresse);
         return nullptr;
     }
     CRef<IElementJSON> clPremier;
@@ -342,7 +334,7 @@ IObjetBase* CGoogleConnexion::GglAdresseVersCoordonnees(CCtxInfo* pclCtx, CXErro
         !s_bReel(CVisitJSONMembres::s_Membre(clLieu.pGet(), L"lng").pGet(), dLongitude)) {
         const std::wstring sMessage =
             s_sTexte(CVisitJSONMembres::s_Membre(clRacine.pGet(), L"error_message").pGet());
-        pcl->SetUserError(&gstMyModuleInfo60, knErreurGeocodage,
+        pcl->SetUserError(&gstMyModuleInfo60, KVERR_GEOCODING_FAILED,
                           sStatut.empty() ? L"?" : sStatut.c_str(), sMessage.c_str());
         return nullptr;
     }

@@ -18,7 +18,6 @@ namespace {
 
 constexpr uint32_t knVersionSauvee = 1;
 constexpr uint32_t knAvecJeton = 1;
-constexpr unsigned knErreurArgument = 600048;
 
 CXYString<wchar_t> gsVide;
 
@@ -114,7 +113,7 @@ CKLBIN CAuthTokenDINO::Get__Serialisation__(CCtxInfo*, CXError*) const {
 void CAuthTokenDINO::Force__Serialisation__(CCtxInfo*, CXError* pclErreur, const CKLBIN& clSauve) {
     const auto Refuse = [pclErreur] {
         if (pclErreur) {
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurArgument, 1);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_INVALID_PARAMETER, 1);
             pclErreur->AddDebugMessageNoFormat(L"##the saved token is cut short or altered##");
         }
     };

@@ -8,6 +8,7 @@
 #include "oauth/InterfGGLOAuth2.h"
 #include "oauth/OAuth2ParametresDINO.h"
 
+#include "AnyTypes.h"
 #include "HTTPService.h"
 #include "Ref.h"
 #include "VM.h"
@@ -17,8 +18,6 @@
 #include <string_view>
 
 namespace {
-constexpr unsigned knErreurObjetNul = 600004;
-constexpr unsigned knErreurArgument = 600048;
 
 // Whether the text is an http or https address with a host: anything else could not reach a
 // provider, and a browser opened on it would never come back.
@@ -42,19 +41,19 @@ constexpr int knFonctionAuthIdentifie = 101;
 CAuthTokenDINO* CComposanteGGL::AuthIdentifie(IVM* piVM, COAuth2ParametresDINO* pclParametres,
                                               CXError& clErreur) {
     if (!pclParametres) {
-        clErreur.SetUserError(&gstMyModuleInfo60, knErreurObjetNul, 1);
+        clErreur.SetUserError(&gstMyModuleInfo60, KVERR_OBJECT_EXPECTED, 1);
         return new CAuthTokenDINO;
     }
     const IOAuth2Parametres& clTextes = pclParametres->clGetParametres();
     const bool bAuth = s_bAdresseWeb(clTextes.vczGetURLAuth().sv());
     if (!bAuth ||
         (!clTextes.vczGetURLToken().bVide() && !s_bAdresseWeb(clTextes.vczGetURLToken().sv()))) {
-        clErreur.SetUserError(&gstMyModuleInfo60, knErreurArgument, 1);
+        clErreur.SetUserError(&gstMyModuleInfo60, KVERR_INVALID_PARAMETER, 1);
         clErreur.AddDebugMessagePrintf(L"##%ls is not an http or https address##",
                                        bAuth ? L"URLToken" : L"URLAuth");
         return new CAuthTokenDINO;
     }
-    auto clHTTP = CRef<IHTTP>::Adopt(s_piQueryIHTTP(&clErreur));
+    auto clHTTP = s_piQueryIHTTP(&clErreur);
     if (!clHTTP)
         return new CAuthTokenDINO;
     // The token keeps the texts of this call, whatever the script changes afterwards.
@@ -76,7 +75,7 @@ void AuthIdentifie(STKLAppel* pstAppel, CComposanteGGL* pclLibrairie,
         pclLibrairie->RaiseErrorCopy(&clErreur);
     IObjetBase* piObjet = clToken->piGetObjetBase();
     if (piVM)
-        piVM->bRetourneValeurAppel(pstAppel->nAppel, &piObjet, 111);
+        piVM->bRetourneValeurAppel(pstAppel->nAppel, &piObjet, KVTYPE_KLDINO);
 }
 
 #define KLL_LIBRE_AuthIdentifie KLL_OUI

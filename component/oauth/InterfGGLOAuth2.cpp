@@ -19,10 +19,6 @@
 
 namespace {
 
-constexpr unsigned knErreurConnexion = 600001;
-constexpr unsigned knErreurReponseIlisible = 600003;
-constexpr unsigned knErreurEtat = 600058;
-
 // The one provider that wants the client secret in the authorisation address as well.
 constexpr wchar_t gszPayPalTokenService[] =
     L"https://api.paypal.com/webapps/auth/protocol/openidconnect/v1/tokenservice";
@@ -203,10 +199,10 @@ bool CInterfGGLOAuth2::bProcessRedirectionHTTP(const wchar_t* pszReponse,
             s += L": " + sDescription;
         if (s.empty())
             s = L"the provider's answer holds no code, no token and no error";
-        return _bErreur(knErreurConnexion, s.c_str());
+        return _bErreur(KVERR_LOGIN_FAILED, s.c_str());
     }
     if (!m_sState.bVide() && stInfo.m_sState.sv() != m_sState.sv())
-        return _bErreur(knErreurEtat, nullptr);
+        return _bErreur(KVERR_STATE_MISMATCH, nullptr);
 
     // A token given straight to the browser: nothing to exchange.
     if (!stInfo.m_sAccessToken.bVide()) {
@@ -246,9 +242,9 @@ bool CInterfGGLOAuth2::bProcessRedirectionHTTP(const wchar_t* pszReponse,
         return false;
     const IOAuth2Token* piToken = m_clResultat->vpiGetOAuth2Token();
     if (stReponse.nStatut != HTTPOK)
-        return _bErreur(knErreurConnexion, piToken->vczGetError().pszGet());
+        return _bErreur(KVERR_LOGIN_FAILED, piToken->vczGetError().pszGet());
     if (piToken->vczGetAccessToken().bVide()) {
-        pclErreur->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
+        pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
         pclErreur->AddDebugMessageNoFormat(L"##the token answer holds no access_token##");
         return false;
     }

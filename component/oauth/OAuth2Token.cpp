@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr unsigned knErreurReponseIlisible = 600003;
 constexpr int knStatutOK = 200;
 
 // The keys of a generic provider's answer: no "message", which only Google's errors carry.
@@ -52,11 +51,10 @@ IOAuth2Token* COAuth2Token::vpiClone() const {
 bool COAuth2Token::bInitFromJSON(const char* pszTexte, CXError* pclErreur) {
     RAZ();
     _CXErrorModule60 clErreurJSON;
-    auto clRacine = CRef<IElementJSON>::Adopt(
-        CComposanteGGL::s_piGetJSON(pszTexte ? pszTexte : "", &clErreurJSON));
+    auto clRacine = CComposanteGGL::s_piGetJSON(pszTexte ? pszTexte : "", &clErreurJSON);
     if (!clRacine) {
         if (pclErreur && pclErreur->bEstPropre()) {
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurReponseIlisible);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_UNREADABLE_ANSWER);
             if (!clErreurJSON.bEstPropre())
                 pclErreur->AddSubError(&clErreurJSON);
         }
@@ -73,7 +71,7 @@ IAuthToken* COAuth2Token::vpiRequestRefreshToken() {
     if (m_sRefreshToken.bVide() || !m_clParametres)
         return nullptr;
     _CXErrorModule60 clErreur;
-    auto clHTTP = CRef<IHTTP>::Adopt(CComposanteGGL::s_piQueryIHTTP(&clErreur));
+    auto clHTTP = CComposanteGGL::s_piQueryIHTTP(&clErreur);
     if (!clHTTP)
         return nullptr;
     // The values go unencoded, as every exchange of this flow sends them.

@@ -12,9 +12,7 @@
 #include "VM.h"
 #include "XMLService.h"
 
-namespace {
-constexpr unsigned knErreurSuppression = 600028;
-}
+namespace {}
 
 void CGoogleConnexion::UpdateVersionXmlObjectMulti(IVM* piVM, CXError* pclErreur,
                                                    CXmlObjectMulti* pclObjet) {
@@ -31,7 +29,7 @@ void CGoogleConnexion::UpdateVersionXmlObjectMulti(IVM* piVM, CXError* pclErreur
     CHTTPResponse clReponse = clExecuteRequeteCOM(piVM, clRequete, HTTPGET, pclErreur);
     if (!pclErreur || !pclErreur->bEstPropre())
         return;
-    auto clDocument = CRef<IDocumentXML>::Adopt(s_piParseXMLResponse(clReponse, pclErreur, HTTPOK));
+    auto clDocument = s_piParseXMLResponse(clReponse, pclErreur, HTTPOK);
     auto clRacine = CRef<INoeudXML>::Adopt(clDocument ? clDocument->piGetRacine(0) : nullptr);
     if (!clRacine)
         return;
@@ -56,7 +54,7 @@ bool CGoogleConnexion::_bGglSupprime(CCtxInfo* pclCtx, CXError* pclErreur, CXmlO
     }
     if (bNouveau || !clFile.bHasOperations(UPDATEOPS_SUPPR)) {
         if (pclErreur)
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurSuppression);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_NOT_SAVED);
         return false;
     }
     clFile.doOperations(this, CCtxInfo::s_piGetVM(pclCtx), pclErreur);

@@ -13,9 +13,7 @@
 
 namespace UpdateOps {
 
-namespace {
-constexpr unsigned knErreurConflit = 600031;
-}
+namespace {}
 
 COperationBase::COperationBase(eUPDATEOPS eOperation, eSERVICESGOOGLE eService,
                                CXmlObjectMulti* pclConteneur, CXmlObjectMulti* pclObjet, bool bReference)
@@ -70,16 +68,14 @@ CTString COperationBase::_vclGetUrlModif() {
 
 IDocumentXML* COperationBase::_piNouvelleEntree(INoeudXML** ppiRacine) {
     *ppiRacine = nullptr;
-    IDocumentXML* piDocument = CComposanteGGL::s_piGetXMLDoc(nullptr);
-    if (!piDocument)
+    CRef<IDocumentXML> clDocument = CComposanteGGL::s_piGetXMLDoc(nullptr);
+    if (!clDocument)
         return nullptr;
-    piDocument->SetEncodage(L"UTF-8");
-    if (!piDocument->bCreeRacine("entry", ppiRacine) || !*ppiRacine) {
-        piDocument->vRelease();
+    clDocument->SetEncodage(L"UTF-8");
+    if (!clDocument->bCreeRacine("entry", ppiRacine) || !*ppiRacine)
         return nullptr;
-    }
     CComposanteGGL::s_AddNamespaceAttributes(*ppiRacine);
-    return piDocument;
+    return clDocument.pDetach();
 }
 
 CHTTPResponse COperationBase::_clEnvoieXml(CGoogleConnexion* pclConnexion, IVM* piVM,
@@ -124,7 +120,7 @@ void CAjout::_vDoOperation(CGoogleConnexion* pclConnexion, IVM* piVM, CXError* p
     CHTTPResponse clReponse = _clEnvoieXml(pclConnexion, piVM, pclErreur, sURL, clRacine.pGet(), HTTPPOST);
     if (clErreur.bEstPropre() && clReponse.eGetCodeRetour() != HTTPCreated) {
         if (clReponse.eGetCodeRetour() == HTTPConflict)
-            clErreur.SetUserError(&gstMyModuleInfo60, knErreurConflit);
+            clErreur.SetUserError(&gstMyModuleInfo60, KVERR_CONFLICT);
         else
             clReponse.SetErreurStatut(&clErreur);
         return;

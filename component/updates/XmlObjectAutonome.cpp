@@ -50,8 +50,8 @@ void CXmlObjectAutonome::_RemplaceParReponse(CHTTPResponse& clReponse, CXError* 
                                              int eAttendu) {
     if (clReponse.eGetCodeRetour() != eAttendu)
         return;
-    auto clDocument = CRef<IDocumentXML>::Adopt(CGoogleConnexion::s_piParseXMLResponse(
-        clReponse, pclErreur, static_cast<eHTTPCODE>(eAttendu)));
+    auto clDocument = CGoogleConnexion::s_piParseXMLResponse(clReponse, pclErreur,
+                                                             static_cast<eHTTPCODE>(eAttendu));
     if (!clDocument)
         return;
     auto clRacine = CRef<INoeudXML>::Adopt(clDocument->piGetRacine(0));

@@ -25,10 +25,6 @@
 
 namespace {
 
-constexpr unsigned knErreurArgument = 600048;
-constexpr unsigned knErreurFichier = 600008;
-constexpr unsigned knErreurTailleFichier = 600045;
-
 // The namespaces written on the root of every entry; the prefixes are part of the contract,
 // because description rows match on them.
 constexpr struct {
@@ -47,7 +43,7 @@ constexpr struct {
 
 // The image's MIME type, as the host's image service tells it from the bytes or the file.
 void MimeDe(CKLMemoImage* pclImage, const CKLBIN& clOctets, CXYString<char>& czMime) {
-    auto clMain = CRef<IMainIMG>::Adopt(CComposanteGGL::s_piGetIMainIMG());
+    auto clMain = CComposanteGGL::s_piGetIMainIMG();
     if (!clMain)
         return;
     CXError clErreur;
@@ -78,7 +74,7 @@ void CComposanteGGL::s_GetChaineXml(INoeudXML* piNoeud, CXYString<char>& czSorti
     czSortie.Vide();
     if (!piNoeud)
         return;
-    auto clDocument = CRef<IDocumentXML>::Adopt(s_piGetXMLDoc(nullptr));
+    auto clDocument = s_piGetXMLDoc(nullptr);
     if (!clDocument)
         return;
     clDocument->SetEncodage(L"UTF-8");
@@ -91,10 +87,10 @@ void CComposanteGGL::s_GetChaineXml(INoeudXML* piNoeud, CXYString<char>& czSorti
 CXYString<char> CComposanteGGL::GglVersXML(CCtxInfo*, CXError* pclErreur, const CAny* pclValeur) {
     auto Refuse = [pclErreur]() {
         if (pclErreur)
-            pclErreur->SetUserError(&gstMyModuleInfo60, knErreurArgument, 1);
+            pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_INVALID_PARAMETER, 1);
         return CXYString<char>();
     };
-    if (!pclValeur || pclValeur->bEstTableau() || pclValeur->nGetType() != 111)
+    if (!pclValeur || pclValeur->bEstTableau() || pclValeur->nGetType() != KVTYPE_KLDINO)
         return Refuse();
     IInterfaceObjetBase* pi = pclValeur->piGetObjet();
     IInterfaceObjetBase* piBase = pi ? pi->vpiGetObjetBase() : nullptr;
@@ -124,13 +120,13 @@ int CComposanteGGL::s_bMEMOIMG2BIN(CKLMemoImage* pclImage, CKLBIN& clSortie, CXE
         std::unique_ptr<FILE, int (*)(FILE*)> clFichier(std::fopen(sChemin.c_str(), "rb"), &std::fclose);
         if (!clFichier) {
             if (pclErreur)
-                pclErreur->SetUserError(&gstMyModuleInfo60, knErreurFichier, pszChemin);
+                pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_FILE_NOT_FOUND, pszChemin);
             return 0;
         }
         struct stat stInfo {};
         if (fstat(fileno(clFichier.get()), &stInfo) != 0) {
             if (pclErreur)
-                pclErreur->SetUserError(&gstMyModuleInfo60, knErreurTailleFichier, pszChemin);
+                pclErreur->SetUserError(&gstMyModuleInfo60, KVERR_FILE_SIZE, pszChemin);
             return 0;
         }
         std::unique_ptr<unsigned char, void (*)(void*)> clBloc(
@@ -184,7 +180,7 @@ void GglVersXML(STKLAppel* pstAppel, CComposanteGGL* pclLibrairie, CAny* pclVale
     CXYString<char> czXml = CComposanteGGL::GglVersXML(
         nullptr, pclLibrairie ? pclLibrairie->pclGetError() : nullptr, pclValeur);
     if (pstAppel && pstAppel->piVM)
-        pstAppel->piVM->bRetourneValeurAppel(pstAppel->nAppel, &czXml, 19);
+        pstAppel->piVM->bRetourneValeurAppel(pstAppel->nAppel, &czXml, KVTYPE_KLDSTRA);
 }
 
 #define KLL_LIBRE_GglVersXML KLL_OUI

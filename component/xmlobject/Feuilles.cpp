@@ -59,14 +59,14 @@ bool CConstante::vbSet(const wchar_t* pszValeur, CXError& clErreur) {
                 SetValeur(i);
                 return true;
             }
-    clErreur.SetUserError(&gstMyModuleInfo60, 600054);
+    clErreur.SetUserError(&gstMyModuleInfo60, KVERR_INVALID_CONSTANT);
     return false;
 }
 
 bool CConstante::vbGet(CXYString<wchar_t>& sValeur, CXError& clErreur) const {
     if (static_cast<unsigned>(GetValeur()) >= knNbConstantes) {
         sValeur.Vide();
-        clErreur.SetUserError(&gstMyModuleInfo60, 600054);
+        clErreur.SetUserError(&gstMyModuleInfo60, KVERR_INVALID_CONSTANT);
         return false;
     }
     return sValeur.nAffecte(s_TabConstantes[GetValeur()]) == KV_OK;

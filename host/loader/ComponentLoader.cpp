@@ -1,5 +1,6 @@
 #include "ComponentLoader.h"
 
+#include "Execution.h"
 #include "HostInformation.h"
 #include "StrMemAlloc.h"
 #include "KLLibraryInterface.h"
@@ -9,12 +10,6 @@
 #include <pthread.h>
 
 namespace {
-
-enum eEXECUTION : uint32_t {
-    EXECUTION_INITIALISE = 3985,
-    EXECUTION_TERMINE = 4875,
-    EXECUTION_INITIALISE_TYPE = 4963,
-};
 
 // What the host uses in the init record: the figures given to vSetUtilisation.
 constexpr uint32_t knUsage1 = 0;

@@ -18,6 +18,7 @@
 // that objects and properties still work; what needs a working library reports the refusal.
 #pragma once
 #include "ComponentTables.h"
+#include "Execution.h"
 #include "XError.h"
 
 #include <cstdint>
@@ -59,8 +60,6 @@ public:
     void* pSymbol(const char* pszName) const;
 
 private:
-    using PFNExecution = uint64_t (*)(uint32_t, uint64_t);
-
     void* m_hComponent = nullptr;
     void* m_hHost = nullptr;
     PFNExecution m_pfnExecution = nullptr;

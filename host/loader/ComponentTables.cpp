@@ -1,26 +1,13 @@
 #include "ComponentTables.h"
 
+#include "AnyTypes.h"
+#include "Execution.h"
 #include "NameKey.h"
 
 #include <climits>
 #include <cstring>
 
 namespace {
-
-// InfoComposante selectors of the tables.
-enum eTABLESELECTOR : uint32_t {
-    SELECTOR_LIBRARY = 1,
-    SELECTOR_CLASSES = 29,
-    SELECTOR_CLASS_COUNT = 30,
-    SELECTOR_TYPEREFS = 31,
-    SELECTOR_TYPEREF_COUNT = 32,
-    SELECTOR_FUNCTIONS = 33,
-    SELECTOR_FUNCTION_COUNT = 34,
-    SELECTOR_CONSTANTS = 23,
-    SELECTOR_CONSTANT_COUNT = 24,
-    SELECTOR_NAME_BLOCK = 40,
-    SELECTOR_NAME_BLOCK_SIZE = 41,
-};
 
 // Far above any real table: a count beyond it is a damaged record.
 constexpr uint64_t knMaxRows = 65535;
@@ -109,13 +96,13 @@ bool CComponentTables::bRead(PFNInfo pfnInfo, std::string& sError) {
         sError = "the component has no InfoComposante entry";
         return false;
     }
-    m_nLibrary = static_cast<unsigned>(pfnInfo(SELECTOR_LIBRARY, 0));
+    m_nLibrary = static_cast<unsigned>(pfnInfo(SELECTEUR_LIBRAIRIE, 0));
     if (!_bReadFunctions(pfnInfo, sError) || !_bReadClasses(pfnInfo, sError)) {
         Clear();
         return false;
     }
-    m_bNamed = _bReadNames(s_pPointer<unsigned char>(pfnInfo(SELECTOR_NAME_BLOCK, 0)),
-                           static_cast<size_t>(pfnInfo(SELECTOR_NAME_BLOCK_SIZE, 0)));
+    m_bNamed = _bReadNames(s_pPointer<unsigned char>(pfnInfo(SELECTEUR_BLOC_NOM, 0)),
+                           static_cast<size_t>(pfnInfo(SELECTEUR_TAILLE_BLOC_NOM, 0)));
     if (!m_bNamed) {
         // Without the block the vocabulary is still usable by made-up names.
         for (auto& st : m_tabFunctions)
@@ -161,10 +148,10 @@ bool CComponentTables::_bReadSyntax(const STKLSyntaxe& st, unsigned nIndex, STSy
 }
 
 bool CComponentTables::_bReadFunctions(PFNInfo pfnInfo, std::string& sError) {
-    auto* pstFonctions = s_pPointer<STKLFonction>(pfnInfo(SELECTOR_FUNCTIONS, 0));
-    uint64_t nFonctions = pfnInfo(SELECTOR_FUNCTION_COUNT, 0);
-    auto* pstConstantes = s_pPointer<STKLConstante>(pfnInfo(SELECTOR_CONSTANTS, 0));
-    uint64_t nConstantes = pfnInfo(SELECTOR_CONSTANT_COUNT, 0);
+    auto* pstFonctions = s_pPointer<STKLFonction>(pfnInfo(SELECTEUR_FONCTIONS, 0));
+    uint64_t nFonctions = pfnInfo(SELECTEUR_NB_FONCTIONS, 0);
+    auto* pstConstantes = s_pPointer<STKLConstante>(pfnInfo(SELECTEUR_CONSTANTES, 0));
+    uint64_t nConstantes = pfnInfo(SELECTEUR_NB_CONSTANTES, 0);
     if (nFonctions > knMaxRows || nConstantes > knMaxRows || (nFonctions && !pstFonctions) ||
         (nConstantes && !pstConstantes)) {
         sError = "the function or constant table is damaged";
@@ -203,10 +190,10 @@ bool CComponentTables::_bReadFunctions(PFNInfo pfnInfo, std::string& sError) {
 }
 
 bool CComponentTables::_bReadClasses(PFNInfo pfnInfo, std::string& sError) {
-    auto* ppszTypes = s_pPointer<const char*>(pfnInfo(SELECTOR_TYPEREFS, 0));
-    uint64_t nTypes = pfnInfo(SELECTOR_TYPEREF_COUNT, 0);
-    auto* ppstClasses = s_pPointer<const STKLOClasse*>(pfnInfo(SELECTOR_CLASSES, 0));
-    uint64_t nClasses = pfnInfo(SELECTOR_CLASS_COUNT, 0);
+    auto* ppszTypes = s_pPointer<const char*>(pfnInfo(SELECTEUR_TYPEREFS, 0));
+    uint64_t nTypes = pfnInfo(SELECTEUR_NB_TYPEREFS, 0);
+    auto* ppstClasses = s_pPointer<const STKLOClasse*>(pfnInfo(SELECTEUR_CLASSES, 0));
+    uint64_t nClasses = pfnInfo(SELECTEUR_NB_CLASSES, 0);
     if (nTypes > knMaxRows || nClasses > knMaxRows || (nTypes && !ppszTypes) ||
         (nClasses && !ppstClasses)) {
         sError = "the type reference or class table is damaged";
@@ -358,49 +345,49 @@ int CComponentTables::nClassOfTypeRef(unsigned nTypeRef) const {
 
 std::string CComponentTables::sSignatureTypeName(const STSignatureItem& st) const {
     switch (st.nCode) {
-    case 0x8008:
+    case knKVTypeStarred | KVTYPE_KLI4:
         return "int*";
-    case 0x807A:
+    case knKVTypeStarred | KVTYPE_TEXT:
         return "text*";
-    case 0x801A:
+    case knKVTypeStarred | KVTYPE_KLDATETIME:
         return "datetime*";
     default:
         break;
     }
     switch (st.nBaseCode()) {
-    case 1:
+    case KVTYPE_KLBOOL:
         return "boolean";
-    case 8:
+    case KVTYPE_KLI4:
         return "int";
-    case 9:
+    case KVTYPE_KLI8:
         return "int64";
-    case 12:
+    case KVTYPE_KLR8:
         return "real";
-    case 16:
-    case 130:
+    case KVTYPE_KLDSTRW:
+    case KVTYPE_STRING:
         return "string";
-    case 17:
+    case KVTYPE_KLCARA:
         return "char";
-    case 19:
+    case KVTYPE_KLDSTRA:
         return "buffer";
-    case 26:
+    case KVTYPE_KLDATETIME:
         return "datetime";
-    case 28:
+    case KVTYPE_KLBIN:
         return "binary";
-    case 30:
+    case KVTYPE_KLMEMOIMG:
         return "image";
-    case 31:
+    case KVTYPE_ANY:
         return "any";
-    case 58:
+    case KVTYPE_STRINGARRAY:
         return "stringarray";
-    case 80:
+    case KVTYPE_STRINGORBUFFER:
         return "stringorbuffer";
-    case 112:
+    case KVTYPE_ARRAY:
         return "array";
-    case 122:
-    case 131:
+    case KVTYPE_TEXT:
+    case KVTYPE_TEXT2:
         return "text";
-    case 111:
+    case KVTYPE_KLDINO:
         if (st.nQualifier >= 1 && st.nQualifier <= m_tabTypeRefs.size())
             return m_tabTypeRefs[st.nQualifier - 1].sName;
         return "object";

@@ -6,6 +6,7 @@
 // Names are found regardless of case and accents (CNameKey). A function is one name: rows that
 // register a name again (the same name index) share the first row's syntaxes.
 #pragma once
+#include "AnyTypes.h"
 #include "Tables.h"
 
 #include <cstdint>
@@ -19,7 +20,7 @@ struct STSignatureItem {
     uint16_t nCode;
     uint16_t nQualifier;
     // The code without its bit 15 (the starred forms: int*, text*, datetime*).
-    uint16_t nBaseCode() const { return static_cast<uint16_t>(nCode & 0x7FFF); }
+    uint16_t nBaseCode() const { return static_cast<uint16_t>(nCode & ~knKVTypeStarred); }
 };
 
 class CComponentTables {
@@ -56,7 +57,7 @@ public:
         const STKLPropriete* pst = nullptr;
         uint16_t nType() const { return static_cast<uint16_t>(pst->qwType & 0xFFFF); }
         unsigned nTypeRef() const { return static_cast<unsigned>((pst->qwType >> 16) & 0xFFFF); }
-        bool bObject() const { return nType() == 111; }
+        bool bObject() const { return nType() == KVTYPE_KLDINO; }
         PFNKLLGet pfnGetter() const { return bObject() ? pst->pfnGetObjet : pst->pfnGet; }
         // A plain value that takes part in saving and rebuilding (option 0x202).
         bool bSaved() const { return (pst->qwOption & 0xFFFF) == 0x202; }

@@ -1,6 +1,7 @@
 #include "HostInformation.h"
 
 #include "AllocationFaults.h"
+#include "Execution.h"
 #include "StrMemAlloc.h"
 
 #include <cerrno>
@@ -25,22 +26,6 @@ int CHostInformation::ms_nThreadsEnded = 0;
 namespace {
 
 constexpr wchar_t kszProductName[] = L"KVGGL";
-
-enum eHOSTCOMMAND : uint32_t {
-    HOSTCOMMAND_UNLOAD = 3052,
-    HOSTCOMMAND_INFO = 3053,
-    HOSTCOMMAND_C_STACK = 3184,
-    HOSTCOMMAND_THREAD_START = 3645,
-    HOSTCOMMAND_THREAD_END = 3795,
-};
-
-// The record of command 3184: a number, a wide buffer, its size in characters, an option.
-struct STCStackRequest {
-    uint32_t nNumber;
-    wchar_t* pszBuffer;
-    uint32_t nSize;
-    uint32_t nOption;
-};
 
 bool s_bReadInteger(const char* psz, int64_t nMin, int64_t nMax, int64_t& nValue) {
     if (!psz || !*psz)
@@ -102,51 +87,52 @@ void CHostInformation::s_ReadSettings(const std::function<const char*(const char
 uint64_t CHostInformation::s_qwInfo(uint64_t nSelector) {
     auto Pointer = [](const void* p) { return reinterpret_cast<uint64_t>(p); };
     switch (nSelector) {
-    case 1:
+    case INFO_CODE_PRODUIT_EXECUTION:
         return static_cast<uint64_t>(static_cast<int64_t>(ms_nProductCode));
-    case 2:
+    case INFO_LANGUE_INTERNE:
         return knLanguage;
-    case 3:
+    case INFO_NOM_PRODUIT:
         return Pointer(kszProductName);
-    case 4:
+    case INFO_OPTIONS:
         return ms_qwOptions;
-    case 5:
+    case INFO_CODE_PRODUIT_REEL:
         return static_cast<uint64_t>(static_cast<int64_t>(ms_nRealProductCode));
-    case 7:
+    case INFO_LIBSHOP:
         return Pointer(ms_piLibShop);
-    case 8:
+    case INFO_VERSION_ACTIVE:
         return knVersion;
-    case 9:
+    case INFO_GLOBAL_FACTORY:
         return Pointer(ms_piGlobalFactory);
-    case 13:
+    case INFO_ALLOCATEUR_CHAINE:
         return Pointer(ms_piStringAllocator);
-    case 14:
+    case INFO_MULTITHREAD:
         return Pointer(&ms_bMultithread);
-    case 17:
+    case INFO_THREAD_PRINCIPAL:
         return ms_qwMainThread;
     default:
-        return 0; // 6, 10, 11, 12, 15 and any other: nothing to give
+        return 0; // the managed runtime, the topology collector, the smartphone mode, the
+                  // locale, the component information and any other: nothing to give
     }
 }
 
 uint64_t CHostInformation::s_qwExecution(uint32_t nCode, uint64_t nArgument) {
     switch (nCode) {
-    case HOSTCOMMAND_INFO:
+    case HOTE_INFO:
         return s_qwInfo(nArgument);
-    case HOSTCOMMAND_UNLOAD:
+    case HOTE_DECHARGE_DLL:
         ++ms_nUnloadNotices;
         return 1;
-    case HOSTCOMMAND_THREAD_START:
+    case HOTE_DEBUT_THREAD:
         ++ms_nThreadsStarted;
         return 1;
-    case HOSTCOMMAND_THREAD_END:
+    case HOTE_FIN_THREAD:
         ++ms_nThreadsEnded;
         return 1;
-    case HOSTCOMMAND_C_STACK: {
+    case HOTE_REMPLIT_PILE_C: {
         // The host keeps no C stack description: an empty text.
-        auto* pst = reinterpret_cast<STCStackRequest*>(nArgument);
-        if (pst && pst->pszBuffer && pst->nSize > 0)
-            pst->pszBuffer[0] = L'\0';
+        auto* pst = reinterpret_cast<STPileC*>(nArgument);
+        if (pst && pst->pszTampon && pst->nTaille > 0)
+            pst->pszTampon[0] = L'\0';
         return 0;
     }
     default:

@@ -1,5 +1,6 @@
 #include "LuaModule.h"
 
+#include "AnyTypes.h"
 #include "Host.h"
 #include "HostServices.h"
 #include "LuaJSON.h"
@@ -375,8 +376,9 @@ int s_nDescribe(lua_State* L) {
             const auto& stA = st.tabAccessors[a];
             lua_createtable(L, 0, 4);
             s_SetString(L, "name", stA.sName);
-            s_SetString(L, "type",
-                        cl.sSignatureTypeName({111, static_cast<uint16_t>(stA.nTypeRef())}));
+            s_SetString(
+                L, "type",
+                cl.sSignatureTypeName({KVTYPE_KLDINO, static_cast<uint16_t>(stA.nTypeRef())}));
             s_SetBoolean(L, "handled", stA.pst->pfnAccesseur != nullptr);
             s_SetBoolean(L, "compat", (stA.pst->qwFlags & 1) != 0);
             lua_rawseti(L, -2, static_cast<lua_Integer>(a + 1));

@@ -2,15 +2,6 @@
 
 #include "HostBarrier.h"
 
-void CHTTPHeaders::vAddRef() {
-    m_nRef.fetch_add(1, std::memory_order_relaxed);
-}
-
-void CHTTPHeaders::vRelease() {
-    if (m_nRef.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        delete this;
-}
-
 void CHTTPHeaders::vAjoute(const wchar_t* pszNom, const wchar_t* pszValeur) {
     KVHost::Guard(nullptr, [&] {
         if (!pszNom)

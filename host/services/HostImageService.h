@@ -1,5 +1,6 @@
 // CHostImageService: the host's "MainIMG", IMainIMG: hands out its one image factory.
 #pragma once
+#include "Counted.h"
 #include "ImageService.h"
 #include "Ref.h"
 #include "XError.h"
@@ -8,15 +9,12 @@
 
 class CImageFactory;
 
-class CHostImageService final : public IMainIMG, public CKVUnknown {
+class CHostImageService final : public CCounted<IMainIMG> {
 public:
     // Images past this many bytes are refused; a host option.
     explicit CHostImageService(size_t nMaxSize);
     CHostImageService();
     ~CHostImageService() override;
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     IImageFactory* vpiGetImageFactory(CXError* pclErreur) override;
 

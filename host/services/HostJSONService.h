@@ -1,21 +1,19 @@
 // CHostJSONService: the host's "ContenuJSON", IContenuJSON over simdjson. Parses UTF-8 text into
 // a document shared by the node handles it gives; the walk is CJSONWalk's.
 #pragma once
+#include "Counted.h"
 #include "JSONService.h"
 #include "XError.h"
 
 #include <cstddef>
 
-class CHostJSONService final : public IContenuJSON, public CKVUnknown {
+class CHostJSONService final : public CCounted<IContenuJSON> {
 public:
     // Texts past this many bytes are refused before parsing; a host option.
     static constexpr size_t knDefaultMaxSize = 256u << 20;
 
     explicit CHostJSONService(size_t nMaxSize = knDefaultMaxSize);
     ~CHostJSONService() override;
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     IElementJSON* vpiAnalyse(const char* pText, size_t nSize, CXError* pclErreur) override;
 

@@ -5,6 +5,7 @@
 // saved connections, and kept in WAL mode, written through on every commit. The file opens on
 // first use, so that a store that cannot open is reported to the call that needed it.
 #pragma once
+#include "Counted.h"
 #include "StoreService.h"
 #include "XError.h"
 
@@ -15,7 +16,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-class CHostStoreService final : public IPersistance, public CKVUnknown {
+class CHostStoreService final : public CCounted<IPersistance> {
 public:
     // sPath empty: the default place.
     explicit CHostStoreService(std::string sPath = {});
@@ -24,9 +25,6 @@ public:
     // The default place from a reader of variables (getenv in the host); empty when neither
     // KVGGL_STORE, XDG_DATA_HOME nor HOME tells.
     static std::string s_sDefaultPath(const std::function<const char*(const char*)>& fnGet);
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     void vEcrit(const wchar_t* pszSection, const wchar_t* pszCle, const wchar_t* pszValeur,
                 CXError* pclErreur) override;

@@ -33,10 +33,10 @@ IDocumentXML* CHostXMLService::vpiAnalyse(const CAny& clTexte, CXError* pclErreu
         }
         pugi::xml_encoding eEncoding;
         switch (stTexte.nType) {
-        case 16:
+        case KVTYPE_KLDSTRW:
             eEncoding = pugi::encoding_wchar;
             break;
-        case 19:
+        case KVTYPE_KLDSTRA:
             eEncoding = pugi::encoding_utf8;
             break;
         default:

@@ -2,6 +2,7 @@
 // from the bytes' signature (BMP, JPEG, GIF, PNG), else from the file name's extension; the
 // size in pixels from the headers of the kinds the bytes show.
 #pragma once
+#include "Counted.h"
 #include "ImageService.h"
 #include "XError.h"
 
@@ -10,14 +11,11 @@
 #include <string_view>
 #include <vector>
 
-class CImage final : public IImage, public CKVUnknown {
+class CImage final : public CCounted<IImage> {
 public:
     // Reads the kind and size of the bytes; pszFileName (may be null) is the hint.
     CImage(std::vector<uint8_t> tabBytes, const wchar_t* pszFileName);
     ~CImage() override;
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     IImageFactory::TYPEIMAGE veGetTypeImage() override { return m_eType; }
     int vbGetTaille(int& nLargeur, int& nHauteur) override;

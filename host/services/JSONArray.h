@@ -1,18 +1,16 @@
 // CJSONArray: an array of a parsed JSON text, as ITableauJSON. Elements are reached by index;
 // the last one reached is remembered, so that reading them in rising order costs one step each.
 #pragma once
+#include "Counted.h"
 #include "JSONDocument.h"
 #include "JSONService.h"
 #include "Ref.h"
 #include "XError.h"
 
-class CJSONArray final : public ITableauJSON, public CKVUnknown {
+class CJSONArray final : public CCounted<ITableauJSON> {
 public:
     CJSONArray(CJSONDocument* pclDocument, uint32_t nIndex);
     ~CJSONArray() override;
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     int vnGetNbElement() override;
     IElementJSON* vpiGetElement(int nIndex) override;

@@ -4,7 +4,8 @@
 // handles walk that tape by index, so a node is a document and a number, and the walk reads
 // words in order without building a tree of its own. Only this class's source sees simdjson.
 #pragma once
-#include <atomic>
+#include "Counted.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -16,7 +17,7 @@ namespace simdjson::dom {
 class document;
 }
 
-class CJSONDocument {
+class CJSONDocument final : public CCounted<> {
 public:
     // Letters of the tape words.
     static constexpr unsigned char knRoot = 'r';
@@ -34,19 +35,10 @@ public:
     // The index of the root value.
     static constexpr uint32_t knRootIndex = 1;
 
-    CJSONDocument(const CJSONDocument&) = delete;
-    CJSONDocument& operator=(const CJSONDocument&) = delete;
-
     // The document of nSize bytes of UTF-8 text, count 1; null with the cause in the error
     // when the text is not JSON, nests deeper than the parser allows, or passes nMaxSize.
     static CJSONDocument* s_pclParse(const char* pText, size_t nSize, size_t nMaxSize,
                                      CXError* pclErreur);
-
-    void vAddRef() { m_nRef.fetch_add(1, std::memory_order_relaxed); }
-    void vRelease() {
-        if (m_nRef.fetch_sub(1, std::memory_order_acq_rel) == 1)
-            delete this;
-    }
 
     unsigned char nType(uint32_t i) const { return static_cast<unsigned char>(m_pTape[i] >> 56); }
     // The index of the node after the one at i, its contents skipped.
@@ -83,14 +75,13 @@ private:
     static constexpr uint32_t knCountSaturated = 0xFFFFFF;
 
     CJSONDocument();
-    ~CJSONDocument();
+    ~CJSONDocument() override;
     template <class T> static T s_Read(const uint64_t* p) {
         T x;
         std::memcpy(&x, p, sizeof(x));
         return x;
     }
 
-    std::atomic<int32_t> m_nRef{1};
     std::unique_ptr<simdjson::dom::document> m_pDocument;
     const uint64_t* m_pTape = nullptr;
     const uint8_t* m_pStrings = nullptr;

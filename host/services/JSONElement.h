@@ -2,6 +2,7 @@
 // alive, and the node's place on its tape. The walk reuses a handle for the next node when
 // nobody else holds it, so that walking a large reply makes no allocation per node.
 #pragma once
+#include "Counted.h"
 #include "JSONDocument.h"
 #include "JSONService.h"
 #include "Ref.h"
@@ -10,13 +11,10 @@
 class CJSONObject;
 class CJSONArray;
 
-class CJSONElement final : public IElementJSON, public CKVUnknown {
+class CJSONElement final : public CCounted<IElementJSON> {
 public:
     CJSONElement(CJSONDocument* pclDocument, uint32_t nIndex);
     ~CJSONElement() override;
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     eGENREJSON veGetGenre() override;
     int vbGetValeur(CAny& clValue) override;

@@ -1,17 +1,15 @@
 // CJSONObject: an object of a parsed JSON text, as IObjetJSON: its members, in document order.
 #pragma once
+#include "Counted.h"
 #include "JSONDocument.h"
 #include "JSONService.h"
 #include "Ref.h"
 #include "XError.h"
 
-class CJSONObject final : public IObjetJSON, public CKVUnknown {
+class CJSONObject final : public CCounted<IObjetJSON> {
 public:
     CJSONObject(CJSONDocument* pclDocument, uint32_t nIndex);
     ~CJSONObject() override;
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     int vnGetNbMembre() override;
     void vAccepte(IVisiteurJSON& clVisiteur) override;

@@ -1,5 +1,6 @@
 #include "JSONWalk.h"
 
+#include "AnyTypes.h"
 #include "CountedBlock.h"
 #include "JSONArray.h"
 #include "JSONElement.h"
@@ -88,7 +89,7 @@ void CJSONWalk::Leave() {
 inline void CJSONWalk::s_PutText(CAny& clValue, std::string_view sUtf8) {
     // A text never has more characters than bytes.
     wchar_t* pBlock = nullptr;
-    if (clValue.nGetType() == 16)
+    if (clValue.nGetType() == KVTYPE_KLDSTRW)
         std::memcpy(&pBlock, clValue.pGetValeur(), sizeof pBlock); // the value's counted block
     if (pBlock && KVBloc::nRef(pBlock) == 1 &&
         KVBloc::nCapacite(pBlock) >= sUtf8.size() * sizeof(wchar_t)) {

@@ -4,18 +4,16 @@
 // element still carries it. A handle whose attribute was removed through it keeps its name and
 // value, detached; one whose attribute went through another handle reads as empty.
 #pragma once
+#include "Counted.h"
 #include "Ref.h"
 #include "XMLDocument.h"
 
 #include <string>
 
-class CXMLAttribute final : public INoeudXML, public CKVUnknown {
+class CXMLAttribute final : public CCounted<INoeudXML> {
 public:
     CXMLAttribute(CXMLDocument* pclDocument, pugi::xml_node element, pugi::xml_attribute attribute);
     ~CXMLAttribute() override;
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     eGENRENOEUDXML eGetGenre() override { return NOEUDXML_ATTRIBUT; }
     const char* pszGetNom() override;

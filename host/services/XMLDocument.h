@@ -4,6 +4,7 @@
 // element, so that every handle on it stays valid, detached. The generation counts the changes
 // of shape, so that the handles' remembered positions know when they went stale.
 #pragma once
+#include "Counted.h"
 #include "XMLService.h"
 #include "XError.h"
 
@@ -13,7 +14,7 @@
 #include <cstdint>
 #include <string>
 
-class CXMLDocument final : public IDocumentXML, public CKVUnknown {
+class CXMLDocument final : public CCounted<IDocumentXML> {
 public:
     // What bEcrit writes in.
     enum eENCODING : int {
@@ -33,9 +34,6 @@ public:
     // mark or declaration tell); null with pugixml's description and the place in the error.
     static CXMLDocument* s_pclParse(const void* pBytes, size_t nBytes, pugi::xml_encoding eEncoding,
                                     size_t nMaxSize, CXError* pclErreur);
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     void SetEncodage(const wchar_t* pszEncodage) override;
     int bCreeRacine(const char* pszNom, INoeudXML** ppiRacine) override;

@@ -3,18 +3,16 @@
 // reached by index: pugixml keeps them as linked lists, so the handle remembers the last index
 // asked and its node, and a walk by rising index costs one step per index.
 #pragma once
+#include "Counted.h"
 #include "Ref.h"
 #include "XMLDocument.h"
 
 #include <string>
 
-class CXMLNode final : public INoeudXML, public CKVUnknown {
+class CXMLNode final : public CCounted<INoeudXML> {
 public:
     CXMLNode(CXMLDocument* pclDocument, pugi::xml_node node);
     ~CXMLNode() override;
-
-    void vAddRef() override { dwAddRef(); }
-    void vRelease() override { dwRelease(); }
 
     eGENRENOEUDXML eGetGenre() override;
     const char* pszGetNom() override;

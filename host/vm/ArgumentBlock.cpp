@@ -107,21 +107,21 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
     const auto eKind = cl.eKind();
     std::string s;
     switch (stItem.nBaseCode()) {
-    case 1:
+    case KVTYPE_KLBOOL:
         if (eKind == CHostValue::KIND_BOOLEAN) {
             st.Pose<int32_t>(cl.bGetBoolean() ? 1 : 0);
             return true;
         }
         sWhy = "boolean expected";
         return false;
-    case 8: {
+    case KVTYPE_KLI4: {
         int32_t n = 0;
         if (!s_bEntier32(cl, n, sWhy))
             return false;
         st.Pose(n);
         return true;
     }
-    case 9:
+    case KVTYPE_KLI8:
         if (eKind == CHostValue::KIND_INTEGER) {
             st.Pose<int64_t>(cl.nGetInteger());
             return true;
@@ -133,26 +133,26 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         }
         sWhy = "number has no integer representation";
         return false;
-    case 11:
-    case 12:
+    case KVTYPE_KLR4:
+    case KVTYPE_KLR8:
         if (eKind != CHostValue::KIND_INTEGER && eKind != CHostValue::KIND_REAL) {
             sWhy = "number expected";
             return false;
         }
-        if (stItem.nBaseCode() == 11)
+        if (stItem.nBaseCode() == KVTYPE_KLR4)
             st.Pose<float>(static_cast<float>(cl.rGetNumber()));
         else
             st.Pose<double>(cl.rGetNumber());
         return true;
-    case 17:
+    case KVTYPE_KLCARA:
         if (eKind != CHostValue::KIND_STRING || cl.sGetString().size() > 1) {
             sWhy = "one character expected";
             return false;
         }
         st.Pose<char>(cl.sGetString().empty() ? '\0' : cl.sGetString()[0]);
         return true;
-    case 16:
-    case 130:
+    case KVTYPE_KLDSTRW:
+    case KVTYPE_STRING:
         if (!s_bTexte(cl, s, sWhy))
             return false;
         if (!KV_bSucces(KVUtf8::nVersWide(s, st.sChaine))) {
@@ -161,8 +161,8 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         }
         st.Pose(st.sChaine.pGetBrut());
         return true;
-    case 122:
-    case 131:
+    case KVTYPE_TEXT:
+    case KVTYPE_TEXT2:
         if (eKind == CHostValue::KIND_NIL) {
             st.Pose<const wchar_t*>(nullptr);
             return true;
@@ -172,7 +172,7 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         st.sTexte = KVUtf8::VersWide(s);
         st.Pose<const wchar_t*>(st.sTexte.c_str());
         return true;
-    case 19:
+    case KVTYPE_KLDSTRA:
         if (eKind != CHostValue::KIND_STRING ||
             !KV_bSucces(st.sTampon.nAffecte(cl.sGetString().data(), cl.sGetString().size()))) {
             sWhy = "string expected";
@@ -180,7 +180,7 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         }
         st.Pose(st.sTampon.pGetBrut());
         return true;
-    case 26: {
+    case KVTYPE_KLDATETIME: {
         CDateTime dt;
         if (eKind == CHostValue::KIND_DATETIME) {
             dt = cl.dtGetDateTime();
@@ -196,7 +196,7 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         st.Pose(dt);
         return true;
     }
-    case 28:
+    case KVTYPE_KLBIN:
         if (eKind != CHostValue::KIND_STRING ||
             !KV_bSucces(st.clBinaire.nAssign(cl.sGetString().data(), cl.sGetString().size()))) {
             sWhy = "string expected";
@@ -204,7 +204,7 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         }
         st.Pose(st.clBinaire.pGetBrut());
         return true;
-    case 30:
+    case KVTYPE_KLMEMOIMG:
         // An image: its bytes, or the path of its file; nil for no image.
         if (eKind == CHostValue::KIND_NIL) {
             st.Pose<void*>(nullptr);
@@ -226,7 +226,7 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         }
         st.Pose<CKLMemoImage*>(&st.clImage);
         return true;
-    case 31: {
+    case KVTYPE_ANY: {
         CXError clErreur;
         if (!cl.bToAny(st.clAny, &clErreur)) {
             sWhy = KVUtf8::VersUtf8(clErreur.pszGetUserMessage());
@@ -235,7 +235,7 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         st.Pose<CAny*>(&st.clAny);
         return true;
     }
-    case 58:
+    case KVTYPE_STRINGARRAY:
         if (eKind != CHostValue::KIND_ARRAY && eKind != CHostValue::KIND_NIL) {
             sWhy = "table of strings expected";
             return false;
@@ -251,16 +251,16 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         }
         st.Pose<CXYStringArray<wchar_t>*>(&st.tabChaines);
         return true;
-    case 80: {
+    case KVTYPE_STRINGORBUFFER: {
         if (!s_bTexte(cl, s, sWhy))
             return false;
         st.sTexte = KVUtf8::VersWide(s);
         STManipAUB stAUB{reinterpret_cast<uint64_t>(st.sTexte.c_str()),
-                         st.sTexte.size() * sizeof(wchar_t), 16};
+                         st.sTexte.size() * sizeof(wchar_t), KVTYPE_KLDSTRW};
         st.Pose(stAUB);
         return true;
     }
-    case 111: {
+    case KVTYPE_KLDINO: {
         if (eKind == CHostValue::KIND_NIL) {
             st.Pose<void*>(nullptr);
             return true;
@@ -282,7 +282,7 @@ bool CArgumentBlock::bAdd(const STSignatureItem& stItem, const CHostValue& cl,
         st.Pose(p);
         return true;
     }
-    case 112: {
+    case KVTYPE_ARRAY: {
         if (eKind == CHostValue::KIND_NIL) {
             st.Pose<void*>(nullptr);
             return true;

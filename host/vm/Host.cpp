@@ -1,5 +1,6 @@
 #include "Host.h"
 
+#include "AnyTypes.h"
 #include "ArgumentBlock.h"
 #include "HostInformation.h"
 #include "HostServices.h"
@@ -20,6 +21,14 @@ namespace {
 
 std::string s_sQuote(const std::string& s) {
     return "'" + s + "'";
+}
+
+// Whether some syntax of the function has a handler.
+bool s_bHandled(const CComponentTables::STFunction& stF) {
+    for (const auto& stS : stF.tabSyntaxes)
+        if (stS.bHandled())
+            return true;
+    return false;
 }
 
 } // namespace
@@ -171,28 +180,11 @@ bool CHost::bCall(int nFunction, const std::vector<CHostValue>& tabArguments, ST
     if (nFunction < 0 || static_cast<size_t>(nFunction) >= clTables().tabFunctions().size())
         return st.bRefuse("no function " + std::to_string(nFunction));
     const auto& stF = clTables().tabFunctions()[static_cast<size_t>(nFunction)];
-    bool bServi = false;
-    for (const auto& stS : stF.tabSyntaxes)
-        bServi = bServi || stS.bHandled();
-    if (!bServi)
+    if (!s_bHandled(stF))
         return st.bRefuse(s_sQuote(stF.sName) + " has no handler in this component");
 
-    // The parameter items of each syntax; a syntax without signature is served by its class
-    // and takes integers after it.
-    std::vector<CSyntaxChooser::STCandidate> tabCandidats;
-    for (const auto& stS : stF.tabSyntaxes) {
-        CSyntaxChooser::STCandidate stC;
-        stC.bMethod = stS.nKind == KLL_GENRE_METHODE;
-        if (stS.bSigned) {
-            stC.tabItems = stS.tabParameters;
-        } else if (stS.nParameters > 0) {
-            stC.tabItems.push_back(
-                {111, static_cast<uint16_t>(
-                          stC.bMethod ? _nServedTypeRef(static_cast<size_t>(nFunction)) : 0)});
-            stC.tabItems.resize(stS.nParameters, STSignatureItem{8, 0});
-        }
-        tabCandidats.push_back(std::move(stC));
-    }
+    const std::vector<CSyntaxChooser::STCandidate> tabCandidats =
+        _tabCandidates(static_cast<size_t>(nFunction));
     CSyntaxChooser clChooser(clTables(), [this](IObjetBase* pi) { return nClassOf(pi); });
     std::string sMessage;
     int k = clChooser.nChoose(stF.sName, tabCandidats, tabArguments, sMessage);
@@ -204,37 +196,75 @@ bool CHost::bCall(int nFunction, const std::vector<CHostValue>& tabArguments, ST
         return st.bRefuse(s_sQuote(stF.sName) + " has no handler in this component for " +
                           "these arguments (syntax " + std::to_string(k) + ")");
 
-    CArgumentBlock clArguments;
     void* pObjet = nullptr;
-    const size_t nPremier = stS.nKind == KLL_GENRE_METHODE ? 1 : 0;
-    if (nPremier) {
-        // Without a class to serve it, no native object can be chosen: casting on a guess
-        // would hand the stub an object of another class.
-        if (tabItems[0].nQualifier == 0)
-            return st.bRefuse("the host cannot tell which type serves " + s_sQuote(stF.sName));
-        int nClasse = clTables().nClassOfTypeRef(tabItems[0].nQualifier);
-        IObjetComposante* pi = tabArguments[0].piGetObject()->vpiGetIObjetComposante();
-        pObjet = pi && nClasse >= 0 ? pi->vpGetSafeObjetC(piType(nClasse)) : nullptr;
-        if (!pObjet)
-            return st.bRefuse("bad argument #1 to " + s_sQuote(stF.sName) + " (" +
-                              clChooser.sExpected(tabItems[0]) + " expected)");
+    const bool bMethode = stS.nKind == KLL_GENRE_METHODE;
+    if (bMethode && !_bServedObject(stF, clChooser, tabItems[0], tabArguments[0], pObjet, st))
+        return false;
+    CArgumentBlock clArguments;
+    if (!_bArguments(stF, tabItems, tabArguments, bMethode ? 1 : 0, clArguments, st))
+        return false;
+    return _bInvoke(stF, stS, pObjet, clArguments, st);
+}
+
+std::vector<CSyntaxChooser::STCandidate> CHost::_tabCandidates(size_t nFunction) const {
+    // A syntax without signature is served by its class and takes integers after it.
+    std::vector<CSyntaxChooser::STCandidate> tab;
+    for (const auto& stS : clTables().tabFunctions()[nFunction].tabSyntaxes) {
+        CSyntaxChooser::STCandidate stC;
+        stC.bMethod = stS.nKind == KLL_GENRE_METHODE;
+        if (stS.bSigned) {
+            stC.tabItems = stS.tabParameters;
+        } else if (stS.nParameters > 0) {
+            stC.tabItems.push_back(
+                {KVTYPE_KLDINO,
+                 static_cast<uint16_t>(stC.bMethod ? _nServedTypeRef(nFunction) : 0)});
+            stC.tabItems.resize(stS.nParameters, STSignatureItem{KVTYPE_KLI4, 0});
+        }
+        tab.push_back(std::move(stC));
     }
+    return tab;
+}
+
+bool CHost::_bServedObject(const CComponentTables::STFunction& stF, const CSyntaxChooser& clChooser,
+                           const STSignatureItem& stItem, const CHostValue& clArgument,
+                           void*& pObjet, STHostOutcome& st) const {
+    // Without a class to serve it, no native object can be chosen: casting on a guess would
+    // hand the stub an object of another class.
+    if (stItem.nQualifier == 0)
+        return st.bRefuse("the host cannot tell which type serves " + s_sQuote(stF.sName));
+    int nClasse = clTables().nClassOfTypeRef(stItem.nQualifier);
+    IObjetComposante* pi = clArgument.piGetObject()->vpiGetIObjetComposante();
+    pObjet = pi && nClasse >= 0 ? pi->vpGetSafeObjetC(piType(nClasse)) : nullptr;
+    if (!pObjet)
+        return st.bRefuse("bad argument #1 to " + s_sQuote(stF.sName) + " (" +
+                          clChooser.sExpected(stItem) + " expected)");
+    return true;
+}
+
+bool CHost::_bArguments(const CComponentTables::STFunction& stF,
+                        const std::vector<STSignatureItem>& tabItems,
+                        const std::vector<CHostValue>& tabArguments, size_t nPremier,
+                        CArgumentBlock& clArguments, STHostOutcome& st) const {
     for (size_t i = nPremier; i < tabArguments.size(); ++i) {
         std::string sPourquoi;
         ITypeDescription* piClasse =
-            tabItems[i].nBaseCode() == 111
+            tabItems[i].nBaseCode() == KVTYPE_KLDINO
                 ? piType(clTables().nClassOfTypeRef(tabItems[i].nQualifier))
                 : nullptr;
         if (!clArguments.bAdd(tabItems[i], tabArguments[i], piClasse, sPourquoi))
             return st.bRefuse("bad argument #" + std::to_string(i + 1) + " to " +
                               s_sQuote(stF.sName) + " (" + sPourquoi + ")");
     }
+    return true;
+}
 
+bool CHost::_bInvoke(const CComponentTables::STFunction& stF, const CComponentTables::STSyntax& stS,
+                     void* pObjet, CArgumentBlock& clArguments, STHostOutcome& st) {
     CCallContext clCtx(&m_clVM);
     CXError clErreur;
+    IKLLibrary* piLib = m_clLoader.piLibrary();
     if (stS.nKind == KLL_GENRE_METHODE) {
         // The library knows the call it is in, for what it asks the VM of the running code.
-        IKLLibrary* piLib = m_clLoader.piLibrary();
         int nAppel = m_clVM.nBeginCall(&clCtx);
         STKLAppel stAppel{&m_clVM, 0, 0, 0, nAppel};
         STKLAppel* pstAvant = piLib ? piLib->ChangeContexteAppel(&stAppel) : nullptr;
@@ -243,7 +273,6 @@ bool CHost::bCall(int nFunction, const std::vector<CHostValue>& tabArguments, ST
             piLib->ChangeContexteAppel(pstAvant);
         m_clVM.EndCall(nAppel);
     } else if (stS.nKind == KLL_GENRE_LIBRE) {
-        IKLLibrary* piLib = m_clLoader.piLibrary();
         if (bRefused() || !piLib) {
             st.TakeError(errRefusal());
             return true;
@@ -276,19 +305,19 @@ CHostValue CHost::clConstant(int nConstant) const {
         return {};
     const STKLConstante* pst = clTables().tabConstants()[static_cast<size_t>(nConstant)].pst;
     switch (pst->nGetTypeCode()) {
-    case 122:
-    case 16:
+    case KVTYPE_TEXT:
+    case KVTYPE_KLDSTRW:
         return CHostValue::s_String(pst->pszValeur ? KVUtf8::VersUtf8(pst->pszValeur) : "");
-    case 1:
+    case KVTYPE_KLBOOL:
         return CHostValue::s_Boolean(pst->nValeur != 0);
-    case 12: {
+    case KVTYPE_KLR8: {
         double r;
         std::memcpy(&r, &pst->nValeur, sizeof(r));
         return CHostValue::s_Real(r);
     }
     default: // integers: 32 bits in the row's word
-        return CHostValue::s_Integer(pst->nGetTypeCode() == 9 ? pst->nValeur
-                                                              : static_cast<int32_t>(pst->nValeur));
+        return CHostValue::s_Integer(
+            pst->nGetTypeCode() == KVTYPE_KLI8 ? pst->nValeur : static_cast<int32_t>(pst->nValeur));
     }
 }
 

@@ -30,12 +30,15 @@
 #include "HostLibShop.h"
 #include "HostOutcome.h"
 #include "HostVM.h"
+#include "SyntaxChooser.h"
 #include "TypeDescription.h"
 
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+class CArgumentBlock;
 
 class CHost {
 public:
@@ -132,6 +135,19 @@ private:
     void _Adopt(CHostValue& cl);
     // The class that serves a method syntax left without signature.
     unsigned _nServedTypeRef(size_t nFunction) const;
+    // The steps of bCall: the parameter items of each syntax; the native object a method
+    // serves; the arguments from nPremier on, in the forms their items require; the call in its
+    // context, and what it left.
+    std::vector<CSyntaxChooser::STCandidate> _tabCandidates(size_t nFunction) const;
+    bool _bServedObject(const CComponentTables::STFunction& stF, const CSyntaxChooser& clChooser,
+                        const STSignatureItem& stItem, const CHostValue& clArgument, void*& pObjet,
+                        STHostOutcome& st) const;
+    bool _bArguments(const CComponentTables::STFunction& stF,
+                     const std::vector<STSignatureItem>& tabItems,
+                     const std::vector<CHostValue>& tabArguments, size_t nPremier,
+                     CArgumentBlock& clArguments, STHostOutcome& st) const;
+    bool _bInvoke(const CComponentTables::STFunction& stF, const CComponentTables::STSyntax& stS,
+                  void* pObjet, CArgumentBlock& clArguments, STHostOutcome& st);
     bool _bRun(const char* pszOperation, eRESULTATOBJET e, CXError& clErreur, STHostOutcome& st);
     bool _bEdit(IObjetCollection* pi, const char* pszOperation, int n1, int n2,
                 eRESULTATOBJET (*pfnEdition)(IObjetCollectionModifiable*, int, int, CCtxInfo*,

@@ -1,5 +1,6 @@
 #include "HostArray.h"
 
+#include "AnyTypes.h"
 #include "HostBarrier.h"
 #include "KVResult.h"
 #include "VMErrors.h"
@@ -19,15 +20,6 @@ CHostArray::~CHostArray() {
 
 CHostArray* CHostArray::s_pclNew(uint16_t nElementType) {
     return new CHostArray(nElementType);
-}
-
-void CHostArray::vAddRef() {
-    m_nRef.fetch_add(1, std::memory_order_relaxed);
-}
-
-void CHostArray::vRelease() {
-    if (m_nRef.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        delete this;
 }
 
 int CHostArray::vbInitialise(ITypeDescription* piTypeElement, int, int, IVM*, CXError*) {
@@ -73,11 +65,11 @@ int CHostArray::vbGetElement(int nIndice, CAny& clValeur, CXError* pclErreur) {
 }
 
 bool CHostArray::_bConvert(const CAny& clValeur, CAny& clOut, CXError* pclErreur) const {
-    if (m_nElementType == 111 || m_nElementType == 108) {
+    if (m_nElementType == KVTYPE_KLDINO || m_nElementType == KVTYPE_KLOBJET_BASE) {
         IInterfaceObjetBase* pi = clValeur.piGetObjet();
         if (!pi) {
-            if (clValeur.nGetType() != 0 && clValeur.nGetType() != 111 &&
-                clValeur.nGetType() != 108) {
+            if (clValeur.nGetType() != KVTYPE_NONE && clValeur.nGetType() != KVTYPE_KLDINO &&
+                clValeur.nGetType() != KVTYPE_KLOBJET_BASE) {
                 KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE,
                                    "an array of objects cannot hold that value");
                 return false;
@@ -98,7 +90,7 @@ bool CHostArray::_bConvert(const CAny& clValeur, CAny& clOut, CXError* pclErreur
         return KV_bSucces(clOut.SetObjet(pi, m_nElementType));
     }
     clOut = clValeur;
-    if (m_nElementType == 0 || clOut.nGetType() == m_nElementType)
+    if (m_nElementType == KVTYPE_NONE || clOut.nGetType() == m_nElementType)
         return true;
     if (!KV_bSucces(clOut.__nCastTo(m_nElementType))) {
         KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE,

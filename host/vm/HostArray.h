@@ -4,19 +4,17 @@
 // other code the values convert to. Counted; the creator holds the first reference.
 #pragma once
 #include "Any.h"
+#include "Counted.h"
 #include "ObjectInterfaces.h"
 
 #include <atomic>
 #include <cstdint>
 #include <vector>
 
-class CHostArray final : public IKLTableau {
+class CHostArray final : public CCounted<IKLTableau> {
 public:
     // A new array with one reference, the caller's.
     static CHostArray* s_pclNew(uint16_t nElementType);
-
-    void vAddRef() override;
-    void vRelease() override;
 
     int vbInitialise(ITypeDescription* piTypeElement, int nReserve1, int nReserve2, IVM* piVM,
                      CXError* pclErreur) override;
@@ -36,12 +34,11 @@ public:
 
 private:
     explicit CHostArray(uint16_t nElementType);
-    ~CHostArray();
+    ~CHostArray() override;
     // The value converted to the element type; false with the cause in the error.
     bool _bConvert(const CAny& clValeur, CAny& clOut, CXError* pclErreur) const;
     bool _bIndex(int nIndice, CXError* pclErreur) const;
 
-    std::atomic<int> m_nRef{1};
     uint16_t m_nElementType;
     ITypeDescription* m_piElementClass = nullptr;
     std::vector<CAny> m_tabElements;

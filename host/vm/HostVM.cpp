@@ -200,94 +200,84 @@ bool CHostVM::s_bReadValue(const void* pValeur, int nType, CHostValue& clOut) {
         return false;
     auto Lit = [pValeur](auto& x) { std::memcpy(&x, pValeur, sizeof(x)); };
     switch (nType) {
-    case 1: {
+    case KVTYPE_KLBOOL: {
         int32_t n;
         Lit(n);
         clOut = CHostValue::s_Boolean(n != 0);
         return true;
     }
-    case 8: {
+    case KVTYPE_KLI4: {
         int32_t n;
         Lit(n);
         clOut = CHostValue::s_Integer(n);
         return true;
     }
-    case 9: {
+    case KVTYPE_KLI8: {
         int64_t n;
         Lit(n);
         clOut = CHostValue::s_Integer(n);
         return true;
     }
-    case 11: {
+    case KVTYPE_KLR4: {
         float r;
         Lit(r);
         clOut = CHostValue::s_Real(r);
         return true;
     }
-    case 12: {
+    case KVTYPE_KLR8: {
         double r;
         Lit(r);
         clOut = CHostValue::s_Real(r);
         return true;
     }
-    case 17: {
+    case KVTYPE_KLCARA: {
         char c;
         Lit(c);
         // The character 0 is no character: the empty text.
         clOut = CHostValue::s_String(c ? std::string(1, c) : std::string());
         return true;
     }
-    case 16: {
+    case KVTYPE_KLDSTRW: {
         const auto& s = *static_cast<const CXYString<wchar_t>*>(pValeur);
         clOut = CHostValue::s_String(KVUtf8::VersUtf8(s.sv()));
         return true;
     }
-    case 19: {
+    case KVTYPE_KLDSTRA: {
         const auto& s = *static_cast<const CXYString<char>*>(pValeur);
         clOut = CHostValue::s_String(std::string(s.sv()));
         return true;
     }
-    case 122: {
+    case KVTYPE_TEXT: {
         const wchar_t* psz;
         Lit(psz);
         clOut = CHostValue::s_String(psz ? KVUtf8::VersUtf8(psz) : std::string());
         return true;
     }
-    case 26: {
+    case KVTYPE_KLDATETIME: {
         CDateTime dt;
         Lit(dt);
         clOut = CHostValue::s_DateTime(dt);
         return true;
     }
-    case 28: {
+    case KVTYPE_KLBIN: {
         const auto& clBin = *static_cast<const CKLBIN*>(pValeur);
         clOut = CHostValue::s_String(std::string(clBin.sv()));
         return true;
     }
-    case 30:
+    case KVTYPE_KLMEMOIMG:
         return CHostValue::s_bFromImage(*static_cast<const CKLMemoImage*>(pValeur), clOut);
-    case 31:
+    case KVTYPE_ANY:
         return CHostValue::s_bFromAny(*static_cast<const CAny*>(pValeur), clOut);
-    case 111: {
+    case KVTYPE_KLDINO: {
         IObjetBase* pi;
         Lit(pi);
         clOut = CHostValue::s_Object(pi);
         return true;
     }
-    case 112: {
+    case KVTYPE_ARRAY: {
         IKLTableau* pi;
         Lit(pi);
-        std::vector<CHostValue> tab;
-        int n = pi ? pi->vnGetNbElement() : 0;
-        for (int i = 0; i < n; ++i) {
-            CAny clElement;
-            CHostValue cl;
-            if (!pi->vbGetElement(i, clElement, nullptr) || !CHostValue::s_bFromAny(clElement, cl))
-                return false;
-            tab.push_back(std::move(cl));
-        }
-        clOut = CHostValue::s_Array(std::move(tab));
-        return true;
+        return CHostValue::s_bFromArray(pi, clOut);
     }
     default:
         return false;
@@ -297,7 +287,7 @@ bool CHostVM::s_bReadValue(const void* pValeur, int nType, CHostValue& clOut) {
 void CHostVM::_Return(CCallContext* pclCtx, const void* pValeur, int nType) {
     // An array comes with a reference for the VM, which it takes over in every case.
     CRef<IKLTableau> clTableau;
-    if (nType == 112 && pValeur) {
+    if (nType == KVTYPE_ARRAY && pValeur) {
         IKLTableau* pi;
         std::memcpy(&pi, pValeur, sizeof(pi));
         clTableau = CRef<IKLTableau>::Adopt(pi);

@@ -80,113 +80,117 @@ const char* CHostValue::pszKindName() const {
     return "?";
 }
 
+namespace {
+
+// The value read by one of CAny's converting readers, then made a host value.
+template <class T, class F>
+bool s_bRead(const CAny& clAny, int (CAny::*pfnLit)(T*) const, F fnValeur, CHostValue& clOut) {
+    T x{};
+    if (!KV_bSucces((clAny.*pfnLit)(&x)))
+        return false;
+    clOut = fnValeur(x);
+    return true;
+}
+
+// A text or a byte block of the value, filled into a block of its own form, as a host string:
+// wide texts as UTF-8, narrow texts and bytes as they are.
+int s_nFill(const CAny& clAny, CXYString<wchar_t>& s) {
+    return clAny.__nFillString(s);
+}
+int s_nFill(const CAny& clAny, CXYString<char>& s) {
+    return clAny.__nFillString(s);
+}
+int s_nFill(const CAny& clAny, CKLBIN& clBin) {
+    return clAny.nFillBinary(clBin);
+}
+std::string s_sBytes(std::wstring_view sv) {
+    return KVUtf8::VersUtf8(sv);
+}
+std::string s_sBytes(std::string_view sv) {
+    return std::string(sv);
+}
+template <class TBloc> bool s_bReadBlock(const CAny& clAny, CHostValue& clOut) {
+    TBloc cl;
+    if (!KV_bSucces(s_nFill(clAny, cl)))
+        return false;
+    clOut = CHostValue::s_String(s_sBytes(cl.sv()));
+    return true;
+}
+
+bool s_bReadObject(const CAny& clAny, CHostValue& clOut) {
+    IInterfaceObjetBase* pi = clAny.piGetObjet();
+    clOut = CHostValue::s_Object(pi ? static_cast<IObjetBase*>(pi->vpiGetObjetBase()) : nullptr);
+    return true;
+}
+
+} // namespace
+
+bool CHostValue::s_bFromArray(IKLTableau* piTableau, CHostValue& clOut) {
+    std::vector<CHostValue> tab;
+    int n = piTableau ? piTableau->vnGetNbElement() : 0;
+    for (int i = 0; i < n; ++i) {
+        CAny clElement;
+        CHostValue cl;
+        if (!piTableau->vbGetElement(i, clElement, nullptr) || !s_bFromAny(clElement, cl))
+            return false;
+        tab.push_back(std::move(cl));
+    }
+    clOut = s_Array(std::move(tab));
+    return true;
+}
+
 bool CHostValue::s_bFromAny(const CAny& clAny, CHostValue& clOut) {
     clOut = CHostValue();
-    if (clAny.bEstTableau()) {
-        auto* piTableau = static_cast<IKLTableau*>(clAny.piGetObjet());
-        std::vector<CHostValue> tab;
-        int n = piTableau ? piTableau->vnGetNbElement() : 0;
-        for (int i = 0; i < n; ++i) {
-            CAny clElement;
-            CHostValue cl;
-            if (!piTableau->vbGetElement(i, clElement, nullptr) || !s_bFromAny(clElement, cl))
-                return false;
-            tab.push_back(std::move(cl));
-        }
-        clOut = s_Array(std::move(tab));
-        return true;
-    }
+    if (clAny.bEstTableau())
+        return s_bFromArray(static_cast<IKLTableau*>(clAny.piGetObjet()), clOut);
     switch (clAny.nGetType()) {
-    case 0:
+    case KVTYPE_NONE:
         return true;
-    case 1: {
-        bool b = false;
-        if (!KV_bSucces(clAny.nGetBool(&b)))
-            return false;
-        clOut = s_Boolean(b);
-        return true;
-    }
-    case 2:
-    case 3:
-    case 4:
-    case 5:
-    case 6:
-    case 7:
-    case 8:
-    case 9:
-    case 14: {
-        long n = 0;
-        if (!KV_bSucces(clAny.nGetINT_64(&n)))
-            return false;
-        clOut = s_Integer(n);
-        return true;
-    }
-    case 10:
-    case 11:
-    case 12: {
-        double r = 0;
-        if (!KV_bSucces(clAny.nGetREAL(&r)))
-            return false;
-        clOut = s_Real(r);
-        return true;
-    }
-    case 16:
-    case 24:
-    case 25:
-    case 81:
-    case 110:
-    case 148:
-    case 149: {
-        CXYString<wchar_t> s;
-        if (!KV_bSucces(clAny.__nFillString(s)))
-            return false;
-        clOut = s_String(KVUtf8::VersUtf8(s.sv()));
-        return true;
-    }
-    case 17:
-    case 18:
-    case 19:
-    case 128:
-    case 129: {
-        CXYString<char> s;
-        if (!KV_bSucces(clAny.__nFillString(s)))
-            return false;
-        clOut = s_String(std::string(s.sv()));
-        return true;
-    }
-    case 26: {
-        CDateTime dt;
-        if (!KV_bSucces(clAny.nGetDateTime(&dt)))
-            return false;
-        clOut = s_DateTime(dt);
-        return true;
-    }
-    case 27: {
-        long n = 0;
-        if (!KV_bSucces(clAny.nGetDuree(&n)))
-            return false;
-        clOut = s_Integer(n);
-        return true;
-    }
-    case 28:
-    case 29: {
-        CKLBIN clBin;
-        if (!KV_bSucces(clAny.nFillBinary(clBin)))
-            return false;
-        clOut = s_String(std::string(clBin.sv()));
-        return true;
-    }
-    case 108:
-    case 111:
-    case 135:
-    case 136:
-    case 141:
-    case 142:
-    case 143: {
-        IInterfaceObjetBase* pi = clAny.piGetObjet();
-        clOut = s_Object(pi ? static_cast<IObjetBase*>(pi->vpiGetObjetBase()) : nullptr);
-        return true;
-    }
+    case KVTYPE_KLBOOL:
+        return s_bRead(clAny, &CAny::nGetBool, s_Boolean, clOut);
+    case KVTYPE_KLUI1:
+    case KVTYPE_KLUI2:
+    case KVTYPE_KLUI4:
+    case KVTYPE_KLUI8:
+    case KVTYPE_KLI1:
+    case KVTYPE_KLI2:
+    case KVTYPE_KLI4:
+    case KVTYPE_KLI8:
+    case KVTYPE_KLUIX:
+        return s_bRead(clAny, &CAny::nGetINT_64, s_Integer, clOut);
+    case KVTYPE_KLCY:
+    case KVTYPE_KLR4:
+    case KVTYPE_KLR8:
+        return s_bRead(clAny, &CAny::nGetREAL, s_Real, clOut);
+    case KVTYPE_KLDSTRW:
+    case KVTYPE_KLDATEW:
+    case KVTYPE_KLTIMEW:
+    case KVTYPE_KLCARW:
+    case KVTYPE_KLPSTRW:
+    case KVTYPE_KLDSTRW_148:
+    case KVTYPE_KLDSTRW_149:
+        return s_bReadBlock<CXYString<wchar_t>>(clAny, clOut);
+    case KVTYPE_KLCARA:
+    case KVTYPE_KLPSTRA:
+    case KVTYPE_KLDSTRA:
+    case KVTYPE_KLDATEA:
+    case KVTYPE_KLTIMEA:
+        return s_bReadBlock<CXYString<char>>(clAny, clOut);
+    case KVTYPE_KLDATETIME:
+        return s_bRead(clAny, &CAny::nGetDateTime, s_DateTime, clOut);
+    case KVTYPE_KLDUREE:
+        return s_bRead(clAny, &CAny::nGetDuree, s_Integer, clOut);
+    case KVTYPE_KLBIN:
+    case KVTYPE_KLBUFFER:
+        return s_bReadBlock<CKLBIN>(clAny, clOut);
+    case KVTYPE_KLOBJET_BASE:
+    case KVTYPE_KLDINO:
+    case KVTYPE_KLOBJET_BASE_135:
+    case KVTYPE_KLOBJET_BASE_136:
+    case KVTYPE_KLOBJET_BASE_141:
+    case KVTYPE_KLOBJET_BASE_142:
+    case KVTYPE_KLOBJET_BASE_143:
+        return s_bReadObject(clAny, clOut);
     default:
         return false; // fonts, carriers, images inside a value: nothing a caller of this host can hold
     }
@@ -230,7 +234,7 @@ namespace {
 
 // The element type an array of these values takes: one kind throughout, or texts for none.
 bool s_bElementType(const std::vector<CHostValue>& tab, uint16_t& nType) {
-    nType = 16;
+    nType = KVTYPE_KLDSTRW;
     bool bPremier = true;
     for (const CHostValue& cl : tab) {
         uint16_t n = 0;
@@ -238,22 +242,22 @@ bool s_bElementType(const std::vector<CHostValue>& tab, uint16_t& nType) {
         case CHostValue::KIND_NIL:
             continue;
         case CHostValue::KIND_BOOLEAN:
-            n = 1;
+            n = KVTYPE_KLBOOL;
             break;
         case CHostValue::KIND_INTEGER:
-            n = 9;
+            n = KVTYPE_KLI8;
             break;
         case CHostValue::KIND_REAL:
-            n = 12;
+            n = KVTYPE_KLR8;
             break;
         case CHostValue::KIND_STRING:
-            n = 16;
+            n = KVTYPE_KLDSTRW;
             break;
         case CHostValue::KIND_DATETIME:
-            n = 26;
+            n = KVTYPE_KLDATETIME;
             break;
         case CHostValue::KIND_OBJECT:
-            n = 111;
+            n = KVTYPE_KLDINO;
             break;
         case CHostValue::KIND_ARRAY:
             return false;
@@ -262,8 +266,9 @@ bool s_bElementType(const std::vector<CHostValue>& tab, uint16_t& nType) {
             nType = n;
             bPremier = false;
         } else if (n != nType) {
-            if ((n == 9 && nType == 12) || (n == 12 && nType == 9))
-                nType = 12; // integers and reals mix as reals
+            if ((n == KVTYPE_KLI8 && nType == KVTYPE_KLR8) ||
+                (n == KVTYPE_KLR8 && nType == KVTYPE_KLI8))
+                nType = KVTYPE_KLR8; // integers and reals mix as reals
             else
                 return false;
         }
@@ -301,9 +306,9 @@ bool CHostValue::bToAny(CAny& clAny, CXError* pclErreur) const {
         clAny.SetDateTime(m_dt);
         return true;
     case KIND_OBJECT:
-        return KV_bSucces(clAny.SetObjet(m_clObjet.pGet(), 111));
+        return KV_bSucces(clAny.SetObjet(m_clObjet.pGet(), KVTYPE_KLDINO));
     case KIND_ARRAY: {
-        uint16_t nType = 16;
+        uint16_t nType = KVTYPE_KLDSTRW;
         if (!s_bElementType(m_tab, nType)) {
             KVHostVM::SetError(pclErreur, VMERROR_ARRAY_TYPE,
                                "an array holds values of one kind (or numbers of both kinds)");

@@ -59,6 +59,8 @@ public:
     // Wide texts become UTF-8, narrow texts and bytes stay as they are, arrays are read
     // element by element.
     static bool s_bFromAny(const CAny& clAny, CHostValue& clOut);
+    // The elements of a script array, each as s_bFromAny reads it; a null array is empty.
+    static bool s_bFromArray(IKLTableau* piTableau, CHostValue& clOut);
     // An image as its bytes: those it holds, or those of its file (false when the file cannot
     // be read); an image with neither is the empty string.
     static bool s_bFromImage(const CKLMemoImage& clImage, CHostValue& clOut);

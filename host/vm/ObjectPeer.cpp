@@ -8,15 +8,6 @@ CObjectPeer::~CObjectPeer() {
         m_fnGone();
 }
 
-void CObjectPeer::vAddRef() {
-    m_nRef.fetch_add(1, std::memory_order_relaxed);
-}
-
-void CObjectPeer::vRelease() {
-    if (m_nRef.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        delete this;
-}
-
 int CObjectPeer::vbGetObjetC(void*& pObjet, ITypeDescription* piType, int, CXError*) {
     // The safe cast does not come back here, as vbGetObjetC would.
     IObjetComposante* pi = m_piObjet ? m_piObjet->vpiGetIObjetComposante() : nullptr;

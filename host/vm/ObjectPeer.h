@@ -4,18 +4,16 @@
 // peer it forwards its cast (vbGetObjetC) here, and the peer answers from the object's own
 // class, as the host would among the classes it knows.
 #pragma once
+#include "Counted.h"
 #include "ObjectInterfaces.h"
 
-#include <atomic>
 #include <functional>
 
-class CObjectPeer final : public IKLObjetComposante {
+class CObjectPeer final : public CCounted<IKLObjetComposante> {
 public:
     // fnGone runs when the peer is destroyed (the factory counts its peers).
     CObjectPeer(IObjetBase* piObjet, std::function<void()> fnGone);
 
-    void vAddRef() override;
-    void vRelease() override;
     IInterfaceObjetBase* vpiGetObjetBase() override { return m_piObjet; }
     int vnGetVersionIKLObjetComposante() override { return 1; }
     int vbGetObjetC(void*& pObjet, ITypeDescription* piType, int nMode,
@@ -27,9 +25,8 @@ public:
     int nErrorNotices() const { return m_nErrorNotices; }
 
 private:
-    ~CObjectPeer();
+    ~CObjectPeer() override;
 
-    std::atomic<int> m_nRef{1};
     IObjetBase* m_piObjet;
     std::function<void()> m_fnGone;
     int m_nErrorNotices = 0;

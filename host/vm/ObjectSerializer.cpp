@@ -1,5 +1,6 @@
 #include "ObjectSerializer.h"
 
+#include "AnyTypes.h"
 #include "Host.h"
 #include "NameKey.h"
 #include "Utf8.h"
@@ -83,7 +84,7 @@ bool s_bWriteValue(std::string& s, const CHostValue& cl, uint16_t nType) {
         return true;
     }
     case CHostValue::KIND_STRING:
-        if (nType == 28)
+        if (nType == KVTYPE_KLBIN)
             s_Quote(s, CObjectSerializer::s_sBase64(cl.sGetString()));
         else if (!s_bUtf8(cl.sGetString())) // texts come from wide strings: never, but safe
             s_Quote(s, KVUtf8::VersUtf8(KVUtf8::VersWide(cl.sGetString())));
@@ -379,7 +380,7 @@ private:
             cl = CHostValue::s_Real(r);
         } else if (el.get(sv) == simdjson::SUCCESS) {
             std::string s(sv);
-            if (nType == 28 && !CObjectSerializer::s_bFromBase64(sv, s))
+            if (nType == KVTYPE_KLBIN && !CObjectSerializer::s_bFromBase64(sv, s))
                 return m_st.bRefuse("a saved binary value is not base64");
             cl = CHostValue::s_String(std::move(s));
         } else if (el.get(arr) == simdjson::SUCCESS) {

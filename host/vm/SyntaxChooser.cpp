@@ -1,5 +1,6 @@
 #include "SyntaxChooser.h"
 
+#include "AnyTypes.h"
 #include "ArgumentBlock.h"
 
 #include <algorithm>
@@ -14,29 +15,29 @@ int CSyntaxChooser::nScore(const STSignatureItem& stItem, const CHostValue& cl,
     const bool bEntier =
         e == K::KIND_INTEGER || (e == K::KIND_REAL && cl.rGetReal() == std::floor(cl.rGetReal()));
     switch (stItem.nBaseCode()) {
-    case 1:
+    case KVTYPE_KLBOOL:
         return e == K::KIND_BOOLEAN ? 2 : -1;
-    case 8:
-    case 9:
+    case KVTYPE_KLI4:
+    case KVTYPE_KLI8:
         return e == K::KIND_INTEGER ? 2 : bEntier ? 1 : -1;
-    case 11:
-    case 12:
+    case KVTYPE_KLR4:
+    case KVTYPE_KLR8:
         return bNombre ? 2 : -1;
-    case 16:
-    case 130:
+    case KVTYPE_KLDSTRW:
+    case KVTYPE_STRING:
         return e == K::KIND_STRING ? 2 : bNombre ? 1 : -1;
-    case 122:
-    case 131:
+    case KVTYPE_TEXT:
+    case KVTYPE_TEXT2:
         return e == K::KIND_STRING ? 2 : (bNombre || e == K::KIND_NIL) ? 1 : -1;
-    case 17:
+    case KVTYPE_KLCARA:
         return e == K::KIND_STRING && cl.sGetString().size() <= 1 ? 2 : -1;
-    case 19:
-    case 28:
-    case 80:
+    case KVTYPE_KLDSTRA:
+    case KVTYPE_KLBIN:
+    case KVTYPE_STRINGORBUFFER:
         return e == K::KIND_STRING ? 2 : -1;
-    case 30:
+    case KVTYPE_KLMEMOIMG:
         return e == K::KIND_STRING ? 2 : e == K::KIND_NIL ? 1 : -1;
-    case 26: {
+    case KVTYPE_KLDATETIME: {
         CDateTime dt;
         if (e == K::KIND_DATETIME)
             return 2;
@@ -44,9 +45,9 @@ int CSyntaxChooser::nScore(const STSignatureItem& stItem, const CHostValue& cl,
             return CHostValue::s_bParseDate(cl.sGetString(), dt) ? 2 : -1;
         return e == K::KIND_NIL ? 1 : -1;
     }
-    case 31:
+    case KVTYPE_ANY:
         return 1;
-    case 58:
+    case KVTYPE_STRINGARRAY:
         if (e == K::KIND_NIL)
             return 1;
         if (e != K::KIND_ARRAY)
@@ -56,9 +57,9 @@ int CSyntaxChooser::nScore(const STSignatureItem& stItem, const CHostValue& cl,
                 clE.eKind() != K::KIND_REAL)
                 return -1;
         return 2;
-    case 112:
+    case KVTYPE_ARRAY:
         return e == K::KIND_ARRAY ? 2 : e == K::KIND_NIL ? 1 : -1;
-    case 111: {
+    case KVTYPE_KLDINO: {
         if (e == K::KIND_NIL)
             return bServed ? -1 : 1;
         if (e != K::KIND_OBJECT)
@@ -75,31 +76,31 @@ int CSyntaxChooser::nScore(const STSignatureItem& stItem, const CHostValue& cl,
 
 std::string CSyntaxChooser::sExpected(const STSignatureItem& stItem) const {
     switch (stItem.nBaseCode()) {
-    case 1:
+    case KVTYPE_KLBOOL:
         return "boolean";
-    case 8:
-    case 9:
-    case 11:
-    case 12:
+    case KVTYPE_KLI4:
+    case KVTYPE_KLI8:
+    case KVTYPE_KLR4:
+    case KVTYPE_KLR8:
         return "number";
-    case 16:
-    case 130:
-    case 122:
-    case 131:
-    case 17:
-    case 19:
-    case 28:
-    case 30:
-    case 80:
+    case KVTYPE_KLDSTRW:
+    case KVTYPE_STRING:
+    case KVTYPE_TEXT:
+    case KVTYPE_TEXT2:
+    case KVTYPE_KLCARA:
+    case KVTYPE_KLDSTRA:
+    case KVTYPE_KLBIN:
+    case KVTYPE_KLMEMOIMG:
+    case KVTYPE_STRINGORBUFFER:
         return "string";
-    case 26:
+    case KVTYPE_KLDATETIME:
         return "date";
-    case 31:
+    case KVTYPE_ANY:
         return "value";
-    case 58:
-    case 112:
+    case KVTYPE_STRINGARRAY:
+    case KVTYPE_ARRAY:
         return "table";
-    case 111:
+    case KVTYPE_KLDINO:
         if (stItem.nQualifier == 0)
             return "object";
         return m_clTables.sSignatureTypeName(stItem);

@@ -1,5 +1,6 @@
 // The host's side of the handshake, played against the built kv220ggl.so: the library is
 // loaded with dlopen and reached only through its exported entry points and records.
+#include "Execution.h"
 #include "HTTPClient.h"
 #include "HTTPService.h"
 #include "HostLibShop.h"
@@ -310,14 +311,6 @@ TEST_F(Composante, ObjetLibrairieEtHTTP) {
     Exec(4875, 0);
     Fn<void()>("ExternalTermLibrary")();
 }
-
-struct STChargeChaine {
-    uint32_t nReserve;
-    uint32_t nNumero;
-    wchar_t* pszTampon;
-    uint32_t nCapacite;
-    int32_t nResultat;
-};
 
 TEST_F(Composante, MessagesParCommandeComposante) {
     auto pfnCommande = Fn<uint64_t(uint64_t, uint64_t)>("CommandeComposante");

@@ -477,15 +477,14 @@ TEST_F(ConnexionGoogleHote, LAnalyseJSONVeutLeStatutAttendu) {
     CAny clCorps;
     clCorps.SetBinary("{\"a\":1}", 7);
     clReponse.SetMessage(clCorps);
-    EXPECT_EQ(CGoogleConnexion::s_piParseJSONResponse(clReponse, &m_clErreur, HTTPOK), nullptr);
+    EXPECT_FALSE(CGoogleConnexion::s_piParseJSONResponse(clReponse, &m_clErreur, HTTPOK));
     EXPECT_EQ(m_clErreur.nGetUserErrorCode(), 600005u);
     EXPECT_NE(std::wstring(m_clErreur.pszGetUserMessage()).find(L"HTTPNotFound"),
               std::wstring::npos);
     EXPECT_TRUE(m_clLibShop.m_clJSON.m_tabRecu.empty()) << "not parsed";
 
     m_clErreur.RAZ();
-    auto clRacine = CRef<IElementJSON>::Adopt(
-        CGoogleConnexion::s_piParseJSONResponse(clReponse, &m_clErreur, HTTPNotFound));
+    auto clRacine = CGoogleConnexion::s_piParseJSONResponse(clReponse, &m_clErreur, HTTPNotFound);
     EXPECT_TRUE(clRacine);
     EXPECT_TRUE(m_clErreur.bEstPropre());
 }
@@ -496,7 +495,7 @@ TEST_F(ConnexionGoogleHote, SansServiceJSONLAnalyseDonne600003) {
     CAny clEntete;
     clEntete.__nSetString(L"HTTP/1.1 200 OK\r\n\r\n");
     clReponse.SetEntete(clEntete);
-    EXPECT_EQ(CGoogleConnexion::s_piParseJSONResponse(clReponse, &m_clErreur, HTTPOK), nullptr);
+    EXPECT_FALSE(CGoogleConnexion::s_piParseJSONResponse(clReponse, &m_clErreur, HTTPOK));
     EXPECT_EQ(m_clErreur.nGetUserErrorCode(), 600003u);
 }
 
@@ -508,15 +507,14 @@ TEST_F(ConnexionGoogleHote, LAnalyseXMLVeutLeStatutAttenduPuisUnDocument) {
     CAny clCorps;
     clCorps.SetBinary("<feed/>", 7);
     clReponse.SetMessage(clCorps);
-    EXPECT_EQ(CGoogleConnexion::s_piParseXMLResponse(clReponse, &m_clErreur, HTTPOK), nullptr);
+    EXPECT_FALSE(CGoogleConnexion::s_piParseXMLResponse(clReponse, &m_clErreur, HTTPOK));
     EXPECT_EQ(m_clErreur.nGetUserErrorCode(), 600005u);
     EXPECT_NE(std::wstring(m_clErreur.pszGetUserMessage()).find(L"HTTPForbidden"),
               std::wstring::npos);
 
     // The expected status passes and the host's service makes the document.
     m_clErreur.RAZ();
-    auto clDoc = CRef<IDocumentXML>::Adopt(
-        CGoogleConnexion::s_piParseXMLResponse(clReponse, &m_clErreur, HTTPForbidden));
+    auto clDoc = CGoogleConnexion::s_piParseXMLResponse(clReponse, &m_clErreur, HTTPForbidden);
     EXPECT_TRUE(clDoc);
     EXPECT_TRUE(m_clErreur.bEstPropre());
 }

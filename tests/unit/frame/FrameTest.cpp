@@ -10,6 +10,7 @@
 
 #include "Any.h"
 #include "HTTPService.h"
+#include "ImageService.h"
 #include "JSONService.h"
 #include "LibShop.h"
 #include "ObjectInterfaces.h"
@@ -38,13 +39,13 @@ protected:
 };
 
 TEST_F(ServicesHote, XMLPrisALaPremiereUtilisationEtRendusParTermCompo) {
-    auto clVide = CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(nullptr));
+    auto clVide = CComposanteGGL::s_piGetXMLDoc(nullptr);
     ASSERT_TRUE(clVide);
     EXPECT_EQ(clVide->piGetRacine(0), nullptr) << "null and empty texts give new documents";
-    auto clVide2 = CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(L""));
+    auto clVide2 = CComposanteGGL::s_piGetXMLDoc(L"");
     EXPECT_TRUE(clVide2 && clVide2.pGet() != clVide.pGet());
 
-    auto clDoc = CRef<IDocumentXML>::Adopt(piGetXMLDoc(L"<a>é</a>"));
+    auto clDoc = piGetXMLDoc(L"<a>é</a>");
     ASSERT_TRUE(clDoc);
     auto clRacine = CRef<INoeudXML>::Adopt(clDoc->piGetRacine(0));
     ASSERT_TRUE(clRacine);
@@ -53,29 +54,28 @@ TEST_F(ServicesHote, XMLPrisALaPremiereUtilisationEtRendusParTermCompo) {
     CComposanteGGL clAutre; // any library object ends the shared services
     clAutre.TermCompo();
     EXPECT_EQ(CComposanteGGL::ms_piGestionXML, nullptr);
-    CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(nullptr));
+    CComposanteGGL::s_piGetXMLDoc(nullptr);
     EXPECT_EQ(m_clLibShop.nNbDemandes(gszServiceXML), 2) << "and taken again at next use";
 }
 
 TEST_F(ServicesHote, JSONAnalyseLeTexteUTF8) {
     CXError clErreur(&gstMyModuleInfo60);
-    auto clRacine = CRef<IElementJSON>::Adopt(
-        CComposanteGGL::s_piGetJSON("{\"a\":\"\xC3\xA9\"}", &clErreur));
+    auto clRacine = CComposanteGGL::s_piGetJSON("{\"a\":\"\xC3\xA9\"}", &clErreur);
     ASSERT_TRUE(clRacine);
     EXPECT_EQ(clRacine->veGetGenre(), GENRE_JSON_OBJET);
     EXPECT_EQ(m_clLibShop.m_clJSON.m_tabRecu, std::vector<std::string>{"{\"a\":\"\xC3\xA9\"}"});
-    CRef<IElementJSON>::Adopt(CComposanteGGL::s_piGetJSON("[]", &clErreur));
+    CComposanteGGL::s_piGetJSON("[]", &clErreur);
     EXPECT_EQ(m_clLibShop.nNbDemandes(gszServiceJSON), 1);
 }
 
 TEST_F(ServicesHote, SansServiceRienNestFabrique) {
     CInformationDLL::ms_piLibShop = nullptr;
     CXError clErreur(&gstMyModuleInfo60);
-    EXPECT_EQ(CComposanteGGL::s_piGetJSON("{}", &clErreur), nullptr);
-    EXPECT_EQ(CComposanteGGL::s_piGetXMLDoc(L"<a/>"), nullptr);
-    EXPECT_EQ(CComposanteGGL::s_piGetIMainIMG(), nullptr);
+    EXPECT_FALSE(CComposanteGGL::s_piGetJSON("{}", &clErreur));
+    EXPECT_FALSE(CComposanteGGL::s_piGetXMLDoc(L"<a/>"));
+    EXPECT_FALSE(CComposanteGGL::s_piGetIMainIMG());
     // HTTP alone says why, and only on a clean error.
-    EXPECT_EQ(CComposanteGGL::s_piQueryIHTTP(&clErreur), nullptr);
+    EXPECT_FALSE(CComposanteGGL::s_piQueryIHTTP(&clErreur));
     EXPECT_EQ(clErreur.nGetUserErrorCode(), 600033u);
     EXPECT_EQ(clErreur.nGetErrorLevel(), 3);
     CXError clDeja(&gstMyModuleInfo60);
@@ -119,18 +119,19 @@ TEST(TableauVide, InitialisePourLeTypeOuRelacheLeTableau) {
     clVM.m_piTableau = &clTableau;
     CXError clErreur(&gstMyModuleInfo60);
     auto* piType = reinterpret_cast<ITypeDescription*>(0x10);
-    EXPECT_EQ(CComposanteGGL::s_pclAlloueTableauVMVide(&clVM, &clErreur, piType), &clTableau);
+    auto clAlloue = CComposanteGGL::s_pclAlloueTableauVMVide(&clVM, &clErreur, piType);
+    EXPECT_EQ(clAlloue.pGet(), &clTableau);
     EXPECT_EQ(clVM.m_nTypeTableau, 111);
     EXPECT_EQ(clVM.m_nDimensionTableau, 1);
     EXPECT_EQ(clTableau.m_piType, piType);
     EXPECT_EQ(clTableau.m_nRef, 1) << "the caller gets the one reference";
 
-    clTableau.m_nRef = 0;
+    clAlloue.Reset();
     clTableau.m_bAccepte = 0;
-    EXPECT_EQ(CComposanteGGL::s_pclAlloueTableauVMVide(&clVM, &clErreur, nullptr), nullptr);
+    EXPECT_FALSE(CComposanteGGL::s_pclAlloueTableauVMVide(&clVM, &clErreur, nullptr));
     EXPECT_EQ(clVM.m_nTypeTableau, 16);
     EXPECT_EQ(clTableau.m_nRef, 0) << "a refused array is released";
-    EXPECT_EQ(CComposanteGGL::s_pclAlloueTableauVMVide(nullptr, &clErreur, nullptr), nullptr);
+    EXPECT_FALSE(CComposanteGGL::s_pclAlloueTableauVMVide(nullptr, &clErreur, nullptr));
 }
 
 class CLibrairieVariables final : public CComposanteGGL {

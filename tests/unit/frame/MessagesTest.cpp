@@ -33,7 +33,7 @@ struct STErreur {
 };
 
 const STErreur gtabErreurs[] = {
-#define KV_ERROR_DEF(nCode, nRessource, nSeverite) {nCode, nRessource},
+#define KV_ERROR_DEF(Nom, nCode, nRessource, nSeverite) {nCode, nRessource},
 #include "frame/ErrorDefs.def"
 #undef KV_ERROR_DEF
 };

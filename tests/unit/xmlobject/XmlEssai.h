@@ -104,7 +104,7 @@ protected:
     }
     // The object written from scratch into a new "entry".
     static std::string Ecrit(CXmlObject* pcl, CXError& clErreur) {
-        auto clDoc = CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(nullptr));
+        auto clDoc = CComposanteGGL::s_piGetXMLDoc(nullptr);
         INoeudXML* piRacine = nullptr;
         clDoc->bCreeRacine("entry", &piRacine);
         auto clRacine = CRef<INoeudXML>::Adopt(piRacine);
