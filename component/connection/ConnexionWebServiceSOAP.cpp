@@ -1,4 +1,5 @@
 #include "connection/ConnexionWebServiceSOAP.h"
+#include "frame/ErrorCodes.h"
 
 #include "frame/ComposanteGGL.h"
 #include "frame/FctEntonnoir.h"
@@ -14,7 +15,7 @@
 #include <string>
 
 namespace {
-constexpr unsigned knErreurReponseIllisible = 600003;
+constexpr unsigned knErreurReponseIllisible = KVERR_UNREADABLE_ANSWER;
 } // namespace
 
 bool CConnexionWebServiceSOAP::_bAppelSOAP(IHTTP* piHTTP, CXError* pclErreur,

@@ -3,6 +3,7 @@
 // saves and deletes of one entry. One request is one page: a count of 0 asks for more entries
 // than any feed holds, and the openSearch figures are not followed.
 #include "connection/GoogleConnexion.h"
+#include "frame/ErrorCodes.h"
 
 #include "connection/GoogleEndpoints.h"
 #include "connection/HTTPRequete.h"
@@ -30,8 +31,8 @@ constexpr wchar_t s_szGroup[] = L"group";
 // A count no feed reaches: "all of them" in one request.
 constexpr wchar_t s_szTous[] = L"1000000000";
 
-constexpr unsigned knErreurArgument = 600006;
-constexpr unsigned knErreurGroupeInconnu = 600032;
+constexpr unsigned knErreurArgument = KVERR_OUT_OF_RANGE;
+constexpr unsigned knErreurGroupeInconnu = KVERR_GROUP_NOT_FOUND;
 
 std::wstring s_sFeeds(const wchar_t* pszChemin) {
     return std::wstring(gszGoogleFeeds) + pszChemin;

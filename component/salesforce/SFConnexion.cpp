@@ -1,4 +1,5 @@
 #include "salesforce/SFConnexion.h"
+#include "frame/ErrorCodes.h"
 
 #include "frame/ComposanteGGL.h"
 #include "frame/FctEntonnoir.h"
@@ -19,12 +20,12 @@
 
 namespace {
 
-constexpr unsigned knErreurReponseIllisible = 600003;
-constexpr unsigned knErreurSessionIncomplete = 600007;
-constexpr unsigned knErreurSOAP = 600022;
-constexpr unsigned knErreurPasDeLogin = 600041;
-constexpr unsigned knErreurEchecElement = 600047;
-constexpr unsigned knErreurParametre = 600048;
+constexpr unsigned knErreurReponseIllisible = KVERR_UNREADABLE_ANSWER;
+constexpr unsigned knErreurSessionIncomplete = KVERR_INCOMPLETE_LOGIN_ANSWER;
+constexpr unsigned knErreurSOAP = KVERR_SERVER_FAULT;
+constexpr unsigned knErreurPasDeLogin = KVERR_INCOMPLETE_CONNECTION;
+constexpr unsigned knErreurEchecElement = KVERR_RECORDS_REFUSED;
+constexpr unsigned knErreurParametre = KVERR_INVALID_PARAMETER;
 
 constexpr wchar_t gszUrlSalesforce[] = L"https://login.salesforce.com/services/Soap/u/15.0";
 constexpr wchar_t gszUrlSalesforceBacASable[] = L"https://test.salesforce.com/services/Soap/u/15.0";

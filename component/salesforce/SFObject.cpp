@@ -1,4 +1,5 @@
 #include "salesforce/SFObject.h"
+#include "frame/ErrorCodes.h"
 
 #include "frame/ModuleInfo.h"
 #include "xmlobject/Feuilles.h"
@@ -12,7 +13,7 @@
 #include <string>
 
 namespace {
-constexpr unsigned knErreurMembreAbsent = 600046;
+constexpr unsigned knErreurMembreAbsent = KVERR_UNKNOWN_MEMBER;
 
 // A child that holds elements of its own is a nested record (a relationship); any other, a
 // text field.
