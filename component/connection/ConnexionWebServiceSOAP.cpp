@@ -43,7 +43,7 @@ bool CConnexionWebServiceSOAP::_bAppelSOAP(IHTTP* piHTTP, CXError* pclErreur,
 INoeudXML* CConnexionWebServiceSOAP::_pclGetResponseNode(const wchar_t* pszReponse,
                                                          const char* pszOperation,
                                                          CXError* pclErreur) {
-    auto clDoc = CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(pszReponse));
+    auto clDoc = CComposanteGGL::s_piGetXMLDoc(pszReponse);
     CRef<INoeudXML> clNoeud;
     if (clDoc) {
         const std::string sReponse = std::string(pszOperation) + "Response";

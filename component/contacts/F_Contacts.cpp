@@ -41,7 +41,7 @@ std::wstring s_sFeeds(const wchar_t* pszChemin) {
 // stay with the array's references.
 IKLTableau* s_piTableauDe(CXmlObjectListe* pclListe, ITypeDescription* piType, IVM* piVM,
                           CXError* pclErreur) {
-    auto clTableau = CRef<IKLTableau>::Adopt(CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, piType));
+    auto clTableau = CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, piType);
     const int nNb = pclListe ? pclListe->nGetNbElement() : 0;
     if (!clTableau || !clTableau->vbRedimensionne(nNb, pclErreur))
         return nullptr;
@@ -62,7 +62,7 @@ CRef<INoeudXML> s_clRacineFlux(CGoogleConnexion& clConnexion, CHTTPRequete& clRe
     CHTTPResponse clReponse = clConnexion.clExecuteRequeteCOM(piVM, clRequete, HTTPGET, pclErreur);
     if (!pclErreur->bEstPropre())
         return {};
-    auto clDocument = CRef<IDocumentXML>::Adopt(CGoogleConnexion::s_piParseXMLResponse(clReponse, pclErreur, HTTPOK));
+    auto clDocument = CGoogleConnexion::s_piParseXMLResponse(clReponse, pclErreur, HTTPOK);
     return CRef<INoeudXML>::Adopt(clDocument ? clDocument->piGetRacine(0) : nullptr);
 }
 
@@ -125,7 +125,8 @@ IKLTableau* CGoogleConnexion::GglListeContact(CCtxInfo* pclCtx, CXError* pclErre
                                               CXYString<wchar_t> sGroupe, int nDebut, int nMax) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckAndLogService(SERVICEGOOGLE_CONTACT, piVM, pclErreur))
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType);
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType)
+            .pDetach();
     if (nDebut < 1 || nMax < 0) {
         pclErreur->SetUserError(&gstMyModuleInfo60, knErreurArgument, nDebut < 1 ? 3 : 4);
         return nullptr;
@@ -142,7 +143,9 @@ IKLTableau* CGoogleConnexion::GglListeContact(CCtxInfo* pclCtx, CXError* pclErre
         if (!s_bEstIdGroupe(sGroupe.sv())) {
             sId = s_sIdGroupe(*this, sGroupe.pszGet(), piVM, pclErreur);
             if (!pclErreur->bEstPropre())
-                return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType);
+                return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur,
+                                                                CGoogleContact::ms_piType)
+                    .pDetach();
         }
         clRequete.AjouteParametre(s_szGroup, sId.pszGet());
     }
@@ -153,7 +156,8 @@ IKLTableau* CGoogleConnexion::GglListeContactParRequete(CCtxInfo* pclCtx, CXErro
                                                         const wchar_t* pszRequete) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckAndLogService(SERVICEGOOGLE_CONTACT, piVM, pclErreur))
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType);
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType)
+            .pDetach();
     // The script writes the query string itself: it goes as it stands.
     std::wstring sURL = s_sFeeds(s_szContacts);
     if (pszRequete && *pszRequete)
@@ -165,7 +169,9 @@ IKLTableau* CGoogleConnexion::GglListeContactParRequete(CCtxInfo* pclCtx, CXErro
 IKLTableau* CGoogleConnexion::GglListeGroupeContact(CCtxInfo* pclCtx, CXError* pclErreur) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckAndLogService(SERVICEGOOGLE_CONTACT, piVM, pclErreur))
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGglGroupeContact::ms_piType);
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur,
+                                                        CGglGroupeContact::ms_piType)
+            .pDetach();
     auto clFlux = s_clListeGroupes(*this, piVM, pclErreur);
     return s_piTableauDe(s_pclEntrees(clFlux), CGglGroupeContact::ms_piType, piVM, pclErreur);
 }
@@ -175,8 +181,8 @@ IKLTableau* CGoogleConnexion::GglListeGroupeContact(CCtxInfo* pclCtx, CXError* p
 IKLTableau* CGoogleConnexion::GglListeGroupeContact(CCtxInfo* pclCtx, CXError* pclErreur,
                                                     CGoogleContact* pclContact) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
-    auto clTableau = CRef<IKLTableau>::Adopt(
-        CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGglGroupeContact::ms_piType));
+    auto clTableau =
+        CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGglGroupeContact::ms_piType);
     CXmlObjectListe* pclMembres = pclContact ? pclContact->pclGetListe("gContact:groupMembershipInfo") : nullptr;
     if (!__bCheckAndLogService(SERVICEGOOGLE_CONTACT, piVM, pclErreur) || !pclMembres || !clTableau)
         return clTableau.pDetach();

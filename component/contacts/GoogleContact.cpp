@@ -106,7 +106,7 @@ void* CGoogleContact::AccesseurOrganisation(CCtxInfo*, CXError*) {
 void CGoogleContact::_InitTableaux(IVM* piVM, CXError* pclErreur) {
     if (m_bTableauxInit)
         return;
-    m_piTabGroupes = CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, nullptr);
+    m_piTabGroupes = CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, nullptr).pDetach();
     if (!m_piTabGroupes)
         return;
     m_piVM = piVM;

@@ -139,7 +139,8 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
                                                const wchar_t* pszRequete) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     const auto Vide = [&] {
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleDocument::ms_piType);
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur,
+                                                        CGoogleDocument::ms_piType);
     };
     if (!__bCheckAndLogService(SERVICEGOOGLE_DOCUMENTS, piVM, pclErreur))
         return Vide().pDetach();

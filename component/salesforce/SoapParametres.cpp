@@ -40,7 +40,7 @@ void CSoapParametres::AjouteDateHeure(const wchar_t* pszNom, const CDateTime& cl
 void CSoapParametres::Ajoute(const wchar_t* pszNom, CXmlObjectMulti* pclObjet) {
     if (!pclObjet)
         return;
-    auto clDoc = CRef<IDocumentXML>::Adopt(CComposanteGGL::s_piGetXMLDoc(nullptr));
+    auto clDoc = CComposanteGGL::s_piGetXMLDoc(nullptr);
     if (!clDoc)
         return;
     clDoc->SetEncodage(L"UTF-8");
