@@ -126,7 +126,8 @@ IKLTableau* CGoogleConnexion::GglListeContact(CCtxInfo* pclCtx, CXError* pclErre
                                               CXYString<wchar_t> sGroupe, int nDebut, int nMax) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckAndLogService(SERVICEGOOGLE_CONTACT, piVM, pclErreur))
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType).pDetach();
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType)
+            .pDetach();
     if (nDebut < 1 || nMax < 0) {
         pclErreur->SetUserError(&gstMyModuleInfo60, knErreurArgument, nDebut < 1 ? 3 : 4);
         return nullptr;
@@ -143,7 +144,9 @@ IKLTableau* CGoogleConnexion::GglListeContact(CCtxInfo* pclCtx, CXError* pclErre
         if (!s_bEstIdGroupe(sGroupe.sv())) {
             sId = s_sIdGroupe(*this, sGroupe.pszGet(), piVM, pclErreur);
             if (!pclErreur->bEstPropre())
-                return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType).pDetach();
+                return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur,
+                                                                CGoogleContact::ms_piType)
+                    .pDetach();
         }
         clRequete.AjouteParametre(s_szGroup, sId.pszGet());
     }
@@ -154,7 +157,8 @@ IKLTableau* CGoogleConnexion::GglListeContactParRequete(CCtxInfo* pclCtx, CXErro
                                                         const wchar_t* pszRequete) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckAndLogService(SERVICEGOOGLE_CONTACT, piVM, pclErreur))
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType).pDetach();
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleContact::ms_piType)
+            .pDetach();
     // The script writes the query string itself: it goes as it stands.
     std::wstring sURL = s_sFeeds(s_szContacts);
     if (pszRequete && *pszRequete)
@@ -166,7 +170,9 @@ IKLTableau* CGoogleConnexion::GglListeContactParRequete(CCtxInfo* pclCtx, CXErro
 IKLTableau* CGoogleConnexion::GglListeGroupeContact(CCtxInfo* pclCtx, CXError* pclErreur) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     if (!__bCheckAndLogService(SERVICEGOOGLE_CONTACT, piVM, pclErreur))
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGglGroupeContact::ms_piType).pDetach();
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur,
+                                                        CGglGroupeContact::ms_piType)
+            .pDetach();
     auto clFlux = s_clListeGroupes(*this, piVM, pclErreur);
     return s_piTableauDe(s_pclEntrees(clFlux), CGglGroupeContact::ms_piType, piVM, pclErreur);
 }
@@ -176,7 +182,7 @@ IKLTableau* CGoogleConnexion::GglListeGroupeContact(CCtxInfo* pclCtx, CXError* p
 IKLTableau* CGoogleConnexion::GglListeGroupeContact(CCtxInfo* pclCtx, CXError* pclErreur,
                                                     CGoogleContact* pclContact) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
-    CRef<IKLTableau> clTableau =
+    auto clTableau =
         CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGglGroupeContact::ms_piType);
     CXmlObjectListe* pclMembres = pclContact ? pclContact->pclGetListe("gContact:groupMembershipInfo") : nullptr;
     if (!__bCheckAndLogService(SERVICEGOOGLE_CONTACT, piVM, pclErreur) || !pclMembres || !clTableau)

@@ -88,7 +88,7 @@ std::unique_ptr<CVisiteDocuments> s_pclListe(CGoogleConnexion& clConnexion, CCtx
 // The path of a string-or-buffer argument: narrow text is UTF-8, its last byte dropped when
 // it is the terminator the host may leave there.
 std::wstring s_sChemin(const STManipAUB& st) {
-    if (st.nType != 19)
+    if (st.nType != KVTYPE_KLDSTRA)
         return std::wstring(static_cast<const wchar_t*>(st.pGetDonnees()),
                             st.nGetTaille() / sizeof(wchar_t));
     std::string_view sv = st.svOctets();
@@ -139,7 +139,8 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
                                                const wchar_t* pszRequete) {
     IVM* piVM = CCtxInfo::s_piGetVM(pclCtx);
     const auto Vide = [&] {
-        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur, CGoogleDocument::ms_piType);
+        return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur,
+                                                        CGoogleDocument::ms_piType);
     };
     if (!__bCheckAndLogService(SERVICEGOOGLE_DOCUMENTS, piVM, pclErreur))
         return Vide().pDetach();
@@ -188,7 +189,7 @@ IKLTableau* CGoogleConnexion::GglListeDocument(CCtxInfo* pclCtx, CXError* pclErr
         return nullptr;
     for (size_t i = 0; i < tab.nGetNbElement(); ++i) {
         CAny clValeur;
-        clValeur.SetObjet(tab[i]->piGetObjetBase(), 111);
+        clValeur.SetObjet(tab[i]->piGetObjetBase(), KVTYPE_KLDINO);
         if (!clTableau->vbSetElement(static_cast<int>(i), clValeur, pclErreur))
             return nullptr;
     }

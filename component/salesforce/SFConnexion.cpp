@@ -61,8 +61,9 @@ void s_VerifieResultats(IKLTableau* piTableau, CXError* pclErreur) {
 
 IKLTableau* s_piTableauVide(IVM* piVM, CXError* pclErreur, ITypeDescription* piType) {
     CXError clAutre;
-    return CComposanteGGL::s_pclAlloueTableauVMVide(piVM, pclErreur->bEstPropre() ? pclErreur : &clAutre,
-                                                    piType).pDetach();
+    return CComposanteGGL::s_pclAlloueTableauVMVide(
+               piVM, pclErreur->bEstPropre() ? pclErreur : &clAutre, piType)
+        .pDetach();
 }
 
 } // namespace
@@ -476,7 +477,8 @@ bool CSFConnexion::SFDeconnecte(CCtxInfo* pclCtx, CXError* pclErreur,
 
 IKLTableau* CSFConnexion::SFListeProduit(CCtxInfo* pclCtx, CXError* pclErreur) {
     return CComposanteGGL::s_pclAlloueTableauVMVide(CCtxInfo::s_piGetVM(pclCtx), pclErreur,
-                                                    CSFProduit::ms_piType).pDetach();
+                                                    CSFProduit::ms_piType)
+        .pDetach();
 }
 
 #include "frame/KllStubs.h"
