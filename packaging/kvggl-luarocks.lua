@@ -1,5 +1,6 @@
--- `luarocks make` in the repository builds the same targets as ./kvggl build (CMake and Ninja,
--- tests off) and installs them through the project's own install rules: the module kvggl and
+-- The LuaRocks package. `./kvggl rock` copies it to build/ under the name LuaRocks wants and
+-- runs `luarocks make` on it from the repository: the same targets as ./kvggl build (CMake and
+-- Ninja, tests off), installed through the project's own install rules: the module kvggl and
 -- the component kv220ggl.so side by side, the reference data of describe, the emulators and
 -- kvggl-describe, the docs and the examples.
 rockspec_format = "3.0"
