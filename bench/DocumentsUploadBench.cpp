@@ -2,13 +2,8 @@
 // component's two requests, the emulators storing the bytes) against copying the same bytes
 // over a loopback socket in the same run, both by the wall clock.
 //   documents_upload_64mb_vs_copy  upload / loopback copy
+#include "EndToEnd.h"
 #include "FigureReporter.h"
-
-#include "Emulator.h"
-#include "Host.h"
-#include "HostOutcome.h"
-#include "Seed.h"
-#include "Server.h"
 
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -78,41 +73,20 @@ void BM_LoopbackCopy64MB(benchmark::State& state) {
 
 void BM_DocumentsUpload64MB(benchmark::State& state) {
     const std::string& sChemin = sFichier();
-    std::string sError;
-    auto oSeed = CSeed::s_oParse(CSeed::s_svDefault(), &sError);
-    CEmulator clEmulator(std::move(*oSeed), STEmulatorOptions{true});
-    CServer clServer(clEmulator);
-    if (!clServer.bStart(0, &sError)) {
-        state.SkipWithError("the emulators do not start");
+    CBancEndToEnd clBanc("documentlist");
+    if (!clBanc.bPret()) {
+        state.SkipWithError(clBanc.sPourquoi().c_str());
         return;
     }
-    setenv("KVGGL_ROUTE", ("*=127.0.0.1:" + std::to_string(clServer.nPort())).c_str(), 1);
-    CHost clHost;
-    if (!clHost.bLoad(KVGGL_SO_PATH, sError)) {
-        state.SkipWithError(("the component does not load: " + sError).c_str());
-        return;
-    }
-    {
-        STHostOutcome st;
-        const std::string sSaved = R"({"type":"gglConnexion","properties":{"ClientID":"demo-client",)"
-                                   R"("ClientSecret":"demo-secret","RefreshTokens":)"
-                                   R"("{\"documentlist\":\"1//demo-refresh-token\"}"}})";
-        if (!clHost.bRebuild("gglConnexion", sSaved, st) || st.bError) {
-            state.SkipWithError("no connection");
-            return;
-        }
-        const CHostValue clConnexion = st.clValue;
-        for (auto _ : state) {
-            STHostOutcome stEnvoi;
-            if (!clHost.bCall("GglEnvoieDocument", {clConnexion, CHostValue::s_String(sChemin)},
-                              stEnvoi) ||
-                stEnvoi.bError) {
-                state.SkipWithError(("the upload failed: " + stEnvoi.sMessage).c_str());
-                break;
-            }
+    for (auto _ : state) {
+        STHostOutcome stEnvoi;
+        if (!clBanc.Hote().bCall("GglEnvoieDocument",
+                                 {clBanc.Connexion(), CHostValue::s_String(sChemin)}, stEnvoi) ||
+            stEnvoi.bError) {
+            state.SkipWithError(("the upload failed: " + stEnvoi.sMessage).c_str());
+            break;
         }
     }
-    clHost.Unload();
 }
 
 BENCHMARK(BM_LoopbackCopy64MB)->UseRealTime()->Unit(benchmark::kMillisecond)->Repetitions(3);
