@@ -40,19 +40,8 @@ std::string s_sNow() {
     return sz;
 }
 
-std::string s_sEscape(std::string_view sv) {
-    std::string s;
-    for (char c : sv) {
-        switch (c) {
-        case '&': s += "&amp;"; break;
-        case '<': s += "&lt;"; break;
-        case '>': s += "&gt;"; break;
-        case '\'': s += "&apos;"; break;
-        default: s += c;
-        }
-    }
-    return s;
-}
+// Text in XML: the escapes of the pages serve, every one of them valid in a document.
+std::string s_sEscape(std::string_view sv) { return CText::s_sHtmlEscape(sv); }
 
 // The GData error document.
 void s_WriteError(STResponse& res, int nStatus, std::string_view svCode, std::string_view svReason) {

@@ -67,19 +67,8 @@ std::string s_sField(const STSchema& s, std::string_view svName) {
     return {};
 }
 
-std::string s_sEscape(std::string_view sv) {
-    std::string s;
-    for (char c : sv) {
-        switch (c) {
-        case '&': s += "&amp;"; break;
-        case '<': s += "&lt;"; break;
-        case '>': s += "&gt;"; break;
-        case '"': s += "&quot;"; break;
-        default: s += c;
-        }
-    }
-    return s;
-}
+// Text in XML: the escapes of the pages serve, every one of them valid in a document.
+std::string s_sEscape(std::string_view sv) { return CText::s_sHtmlEscape(sv); }
 
 std::string s_sEnvelope(std::string_view svBody) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><soapenv:Envelope "
